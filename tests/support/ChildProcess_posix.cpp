@@ -1,0 +1,69 @@
+#include "support/ChildProcess.h"
+
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <stdexcept>
+
+namespace zettest {
+
+struct ChildProcess::Impl {
+    pid_t pid = -1;
+    bool reaped = false;
+    int status = 0;
+};
+
+ChildProcess::ChildProcess(const std::string& scenario, const std::vector<std::string>& args)
+    : m_impl(new Impl)
+{
+    std::vector<std::string> words;
+    words.push_back("/proc/self/exe");
+    words.push_back("--zet-child=" + scenario);
+    words.insert(words.end(), args.begin(), args.end());
+    std::vector<char*> argv;
+    for (auto& word : words)
+        argv.push_back(&word[0]);
+    argv.push_back(nullptr);
+
+    const pid_t pid = fork();
+    if (pid < 0)
+        throw std::runtime_error("fork failed");
+    if (pid == 0) {
+        execv("/proc/self/exe", argv.data());
+        _exit(126);
+    }
+    m_impl->pid = pid;
+}
+
+ChildProcess::~ChildProcess()
+{
+    if (!m_impl->reaped) {
+        killHard();
+        wait();
+    }
+}
+
+int ChildProcess::wait()
+{
+    if (!m_impl->reaped) {
+        while (waitpid(m_impl->pid, &m_impl->status, 0) < 0) {
+        }
+        m_impl->reaped = true;
+    }
+    return WIFEXITED(m_impl->status) ? WEXITSTATUS(m_impl->status) : -1;
+}
+
+void ChildProcess::killHard()
+{
+    if (!m_impl->reaped)
+        kill(m_impl->pid, SIGKILL);
+}
+
+int runChild(const std::string& scenario, const std::vector<std::string>& args)
+{
+    ChildProcess child(scenario, args);
+    return child.wait();
+}
+
+}  // namespace zettest

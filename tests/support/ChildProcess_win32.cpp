@@ -1,0 +1,77 @@
+#include "support/ChildProcess.h"
+
+#include <windows.h>
+
+#include <stdexcept>
+
+namespace zettest {
+namespace {
+
+std::wstring widen(const std::string& text)
+{
+    return std::wstring(text.begin(), text.end());
+}
+
+std::wstring quoted(const std::wstring& word)
+{
+    return L"\"" + word + L"\"";
+}
+
+}  // namespace
+
+struct ChildProcess::Impl {
+    PROCESS_INFORMATION info = {};
+    bool reaped = false;
+    bool killed = false;
+    DWORD exitCode = 0;
+};
+
+ChildProcess::ChildProcess(const std::string& scenario, const std::vector<std::string>& args)
+    : m_impl(new Impl)
+{
+    wchar_t self[MAX_PATH];
+    GetModuleFileNameW(nullptr, self, MAX_PATH);
+    std::wstring commandLine = quoted(self) + L" " + quoted(widen("--zet-child=" + scenario));
+    for (const auto& arg : args)
+        commandLine += L" " + quoted(widen(arg));
+
+    STARTUPINFOW startup = {};
+    startup.cb = sizeof(startup);
+    if (!CreateProcessW(self, &commandLine[0], nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup,
+                        &m_impl->info))
+        throw std::runtime_error("CreateProcess failed");
+}
+
+ChildProcess::~ChildProcess()
+{
+    if (!m_impl->reaped) {
+        killHard();
+        wait();
+    }
+}
+
+int ChildProcess::wait()
+{
+    if (!m_impl->reaped) {
+        WaitForSingleObject(m_impl->info.hProcess, INFINITE);
+        GetExitCodeProcess(m_impl->info.hProcess, &m_impl->exitCode);
+        CloseHandle(m_impl->info.hProcess);
+        CloseHandle(m_impl->info.hThread);
+        m_impl->reaped = true;
+    }
+    return m_impl->killed ? -1 : static_cast<int>(m_impl->exitCode);
+}
+
+void ChildProcess::killHard()
+{
+    if (!m_impl->reaped && TerminateProcess(m_impl->info.hProcess, 137))
+        m_impl->killed = true;
+}
+
+int runChild(const std::string& scenario, const std::vector<std::string>& args)
+{
+    ChildProcess child(scenario, args);
+    return child.wait();
+}
+
+}  // namespace zettest

@@ -1,0 +1,16 @@
+#include "support/ProcessRights.h"
+
+namespace zettest {
+
+// Wine's registry grants every process every right, so there is no user to become.
+bool canDropPrivileges()
+{
+    return false;
+}
+
+bool becomeUnprivileged()
+{
+    return false;
+}
+
+}  // namespace zettest

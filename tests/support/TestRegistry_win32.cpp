@@ -1,0 +1,65 @@
+#include "support/TestRegistry.h"
+
+#include <windows.h>
+
+#include <atomic>
+#include <cstdlib>
+#include <stdexcept>
+
+namespace zettest {
+namespace {
+
+const wchar_t kEnvironmentName[] = L"ZET_TEST_REGISTRY_KEY";
+
+std::wstring widen(const std::string& text)
+{
+    return std::wstring(text.begin(), text.end());
+}
+
+void redirect(const std::wstring& root)
+{
+    HKEY machine = nullptr;
+    HKEY user = nullptr;
+    if (RegCreateKeyExW(HKEY_CURRENT_USER, (root + L"\\machine").c_str(), 0, nullptr, 0, KEY_ALL_ACCESS,
+                        nullptr, &machine, nullptr) != ERROR_SUCCESS ||
+        RegCreateKeyExW(HKEY_CURRENT_USER, (root + L"\\user").c_str(), 0, nullptr, 0, KEY_ALL_ACCESS,
+                        nullptr, &user, nullptr) != ERROR_SUCCESS)
+        throw std::runtime_error("cannot create the test registry");
+    RegOverridePredefKey(HKEY_LOCAL_MACHINE, machine);
+    RegOverridePredefKey(HKEY_CURRENT_USER, user);
+    RegCloseKey(machine);
+    RegCloseKey(user);
+}
+
+}  // namespace
+
+TestRegistry::TestRegistry()
+{
+    static std::atomic<unsigned> counter(0);
+    m_root = "Software\\zetsettings-tests\\" + std::to_string(GetCurrentProcessId()) + "-" +
+             std::to_string(counter++);
+    redirect(widen(m_root));
+    SetEnvironmentVariableW(kEnvironmentName, widen(m_root).c_str());
+}
+
+TestRegistry::~TestRegistry()
+{
+    RegOverridePredefKey(HKEY_LOCAL_MACHINE, nullptr);
+    RegOverridePredefKey(HKEY_CURRENT_USER, nullptr);
+    SetEnvironmentVariableW(kEnvironmentName, nullptr);
+    RegDeleteTreeW(HKEY_CURRENT_USER, widen(m_root).c_str());
+}
+
+bool TestRegistry::isPortable()
+{
+    return false;
+}
+
+void TestRegistry::adoptInChild()
+{
+    wchar_t root[512];
+    if (GetEnvironmentVariableW(kEnvironmentName, root, 512) > 0)
+        redirect(root);
+}
+
+}  // namespace zettest
