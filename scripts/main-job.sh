@@ -7,4 +7,4 @@ cd "$(dirname "$0")/.."
 scripts/install-deps.sh
 cmake -S . -B build -DZETSETTINGS_BUILD_TESTS=OFF -DZETSETTINGS_BUILD_BENCHMARKS=OFF
 cmake --build build -j"$(nproc)"
-./build/tools/zetsettings_example
+scripts/demo.sh build

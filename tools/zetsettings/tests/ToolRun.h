@@ -1,0 +1,28 @@
+// Runs the built zetsettings program as a real process, on the registry of the running test.
+#ifndef ZETSETTINGS_TOOLS_TESTS_TOOLRUN_H
+#define ZETSETTINGS_TOOLS_TESTS_TOOLRUN_H
+
+#include <string>
+#include <vector>
+
+#include "support/TestRegistry.h"
+
+namespace zettooltest {
+
+struct ToolResult {
+    int status = -1;
+    std::string out;
+    std::string err;
+};
+
+// The program's exit status and everything it wrote; `input` is its standard input.
+ToolResult runTool(const std::vector<std::string>& args, const std::string& input = "");
+
+std::string readFile(const std::string& path);
+void writeFile(const std::string& path, const std::string& bytes);
+// A file beside the test's store, removed with it.
+std::string scratchPath(const zettest::TestRegistry& registry, const std::string& name);
+
+}  // namespace zettooltest
+
+#endif
