@@ -27,6 +27,6 @@ bool isChildInvocation(int argc, char** argv);
     static int zetChildScenario_##name(const std::vector<std::string>& args);                    \
     static ::zettest::ChildScenarioRegistrar zetChildScenarioRegistrar_##name(#name,             \
                                                                               zetChildScenario_##name); \
-    static int zetChildScenario_##name(const std::vector<std::string>& args)
+    static int zetChildScenario_##name([[maybe_unused]] const std::vector<std::string>& args)
 
 #endif

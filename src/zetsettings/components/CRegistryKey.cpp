@@ -224,7 +224,10 @@ bool CRegistryKey::QueryValue(const wchar_t* name, DWORD& value) const
     DWORD type = REG_NONE;
     DWORD number = 0;
     DWORD size = sizeof(number);
-    check(RegQueryValueExW(m_key, name, 0, &type, reinterpret_cast<BYTE*>(&number), &size), L"RegQueryValueExW");
+    const LSTATUS status = RegQueryValueExW(m_key, name, 0, &type, reinterpret_cast<BYTE*>(&number), &size);
+    // A longer value of another type reports ERROR_MORE_DATA; what counts is that it is no number.
+    if (status != ERROR_MORE_DATA || type == REG_DWORD)
+        check(status, L"RegQueryValueExW");
     if (type != REG_DWORD || size != sizeof(number))
         throw Exception(L"CRegistryKey::QueryValue", ERROR_INVALID_DATA);
     value = number;

@@ -1,0 +1,180 @@
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <set>
+
+#include "support/TestRegistry.h"
+#include "zetsettings/components/CRegistryKey.h"
+
+using JetByteTools::CRegistryKey;
+
+namespace {
+
+class CRegistryKeyTest : public zettest::RegistryTest {
+protected:
+    CRegistryKey createTestKey()
+    {
+        return CRegistryKey(HKEY_LOCAL_MACHINE).CreateOrOpenKeyEx(L"Software\\ZetTest", 0, L"", 0, KEY_ALL_ACCESS);
+    }
+};
+
+DWORD errorOf(void (*action)(CRegistryKey&), CRegistryKey& key)
+{
+    try {
+        action(key);
+    } catch (CRegistryKey::Exception& e) {
+        return e.GetError();
+    }
+    return ERROR_SUCCESS;
+}
+
+TEST_F(CRegistryKeyTest, AbsentValueThrowsFileNotFoundAndLeavesOutParametersAlone)
+{
+    CRegistryKey key = createTestKey();
+    DWORD number = 42;
+    wchar_t* text = 0;
+    BYTE* bytes = 0;
+    DWORD length = 7;
+    EXPECT_EQ(static_cast<DWORD>(ERROR_FILE_NOT_FOUND),
+              errorOf([](CRegistryKey& k) { DWORD n; k.QueryValue(L"missing", n); }, key));
+    try {
+        key.QueryValue(L"missing", number);
+    } catch (CRegistryKey::Exception&) {
+    }
+    try {
+        key.QueryValue(L"missing", &text);
+    } catch (CRegistryKey::Exception&) {
+    }
+    try {
+        key.QueryValue(L"missing", &bytes, length);
+    } catch (CRegistryKey::Exception&) {
+    }
+    EXPECT_EQ(42u, number);
+    EXPECT_EQ(nullptr, text);
+    EXPECT_EQ(nullptr, bytes);
+    EXPECT_EQ(7u, length);
+}
+
+TEST_F(CRegistryKeyTest, ValuesComeBackWithTheirTypeAndNamesMatchInAnyCase)
+{
+    CRegistryKey key = createTestKey();
+    key.SetValue(L"Count", static_cast<DWORD>(0xFFFFFFFF), REG_DWORD);
+    key.SetValue(L"Name", L"Caf\u00E9", REG_SZ);
+    const BYTE raw[] = {0, 1, 2, 0xFF};
+    key.SetValue(L"Raw", raw, sizeof(raw));
+
+    DWORD number = 0;
+    key.QueryValue(L"COUNT", number);
+    EXPECT_EQ(0xFFFFFFFFu, number);
+
+    wchar_t* text = 0;
+    key.QueryValue(L"name", &text);
+    ASSERT_NE(nullptr, text);
+    EXPECT_EQ(std::wstring(L"Caf\u00E9"), text);
+    std::free(text);
+
+    BYTE* bytes = 0;
+    DWORD length = 0;
+    key.QueryValue(L"raw", &bytes, length);
+    ASSERT_EQ(sizeof(raw), length);
+    EXPECT_EQ(0, std::memcmp(raw, bytes, length));
+    std::free(bytes);
+
+    CRegistryKey::Value value = key.QueryValue(L"Name");
+    EXPECT_EQ(static_cast<DWORD>(REG_SZ), value.Type());
+    EXPECT_EQ(L"Caf\u00E9", value.AsString());
+    EXPECT_EQ(std::wstring(L"Caf\u00E9"), static_cast<const wchar_t*>(value));
+}
+
+TEST_F(CRegistryKeyTest, ReadsOfAnotherTypeThrowInvalidData)
+{
+    CRegistryKey key = createTestKey();
+    key.SetValue(L"Text", L"5", REG_SZ);
+    key.SetValue(L"Number", static_cast<DWORD>(5), REG_DWORD);
+    EXPECT_EQ(static_cast<DWORD>(ERROR_INVALID_DATA),
+              errorOf([](CRegistryKey& k) { DWORD n; k.QueryValue(L"Text", n); }, key));
+    EXPECT_EQ(static_cast<DWORD>(ERROR_INVALID_DATA),
+              errorOf([](CRegistryKey& k) { wchar_t* t = 0; k.QueryValue(L"Number", &t); }, key));
+    EXPECT_EQ(L"5", key.QueryValue(L"Number").AsString());
+}
+
+TEST_F(CRegistryKeyTest, OpenNeverCreatesWhileCreateOrOpenMakesTheWholePath)
+{
+    CRegistryKey root(HKEY_LOCAL_MACHINE);
+    EXPECT_FALSE(root.HasSubkey(L"Software\\ZetTest\\A\\B"));
+    EXPECT_THROW(root.OpenKey(L"Software\\ZetTest\\A\\B"), CRegistryKey::Exception);
+    EXPECT_FALSE(root.HasSubkey(L"Software\\ZetTest\\A"));
+
+    DWORD disposition = 0;
+    root.CreateOrOpenKey(L"Software\\ZetTest\\A\\B", &disposition, L"", 0, KEY_ALL_ACCESS, 0);
+    EXPECT_EQ(static_cast<DWORD>(REG_CREATED_NEW_KEY), disposition);
+    root.CreateOrOpenKeyEx(L"SOFTWARE\\zettest\\a\\b", &disposition, L"", 0, KEY_ALL_ACCESS);
+    EXPECT_EQ(static_cast<DWORD>(REG_OPENED_EXISTING_KEY), disposition);
+    EXPECT_TRUE(root.HasSubkey(L"Software\\ZetTest\\A\\B"));
+    EXPECT_NO_THROW(CRegistryKey(HKEY_LOCAL_MACHINE, L"Software\\ZetTest\\A", KEY_READ));
+}
+
+TEST_F(CRegistryKeyTest, IterationVisitsEverySubkeyAndValueOnceWithItsCase)
+{
+    CRegistryKey key = createTestKey();
+    const std::set<std::wstring> subkeys = {L"Alpha", L"beta", L"GAMMA", L"Lab_Net1"};
+    for (const auto& name : subkeys)
+        key.CreateOrOpenKeyEx(name.c_str(), 0, L"", 0, KEY_ALL_ACCESS).SetValue(L"Inside", L"x", REG_SZ);
+    const std::set<std::wstring> values = {L"One", L"two", L"Home_8", L"home_0"};
+    for (const auto& name : values)
+        key.SetValue(name.c_str(), static_cast<DWORD>(1), REG_DWORD);
+
+    std::multiset<std::wstring> seenSubkeys;
+    for (auto it = key.BeginSubkeyIteration(); it != key.EndSubkeyIteration(); ++it) {
+        seenSubkeys.insert(it.GetName());
+        wchar_t* text = 0;
+        it.OpenKey(KEY_READ).QueryValue(L"Inside", &text);
+        std::free(text);
+    }
+    std::multiset<std::wstring> seenValues;
+    for (auto it = key.BeginValueIteration(); it != key.EndValueIteration(); ++it)
+        seenValues.insert(it.GetName());
+
+    EXPECT_EQ(std::multiset<std::wstring>(subkeys.begin(), subkeys.end()), seenSubkeys);
+    EXPECT_EQ(std::multiset<std::wstring>(values.begin(), values.end()), seenValues);
+}
+
+TEST_F(CRegistryKeyTest, IterationOfAnEmptyKeyStartsAtTheEnd)
+{
+    CRegistryKey key = createTestKey();
+    EXPECT_TRUE(key.BeginSubkeyIteration() == key.EndSubkeyIteration());
+    EXPECT_TRUE(key.BeginValueIteration() == key.EndValueIteration());
+}
+
+TEST_F(CRegistryKeyTest, DeleteValueRemovesItAndASecondDeleteThrows)
+{
+    CRegistryKey key = createTestKey();
+    key.SetValue(L"Gone", L"soon", REG_SZ);
+    key.DeleteValue(L"GONE");
+    EXPECT_THROW(key.QueryValue(L"Gone"), CRegistryKey::Exception);
+    EXPECT_EQ(static_cast<DWORD>(ERROR_FILE_NOT_FOUND),
+              errorOf([](CRegistryKey& k) { k.DeleteValue(L"Gone"); }, key));
+}
+
+TEST_F(CRegistryKeyTest, AReadOnlyKeyRefusesWrites)
+{
+    createTestKey();
+    CRegistryKey readOnly(HKEY_LOCAL_MACHINE, L"Software\\ZetTest", KEY_READ);
+    EXPECT_EQ(static_cast<DWORD>(ERROR_ACCESS_DENIED),
+              errorOf([](CRegistryKey& k) { k.SetValue(L"x", static_cast<DWORD>(1), REG_DWORD); }, readOnly));
+}
+
+TEST_F(CRegistryKeyTest, AMovedKeyIsClosedOnceAndStaysUsable)
+{
+    CRegistryKey first = createTestKey();
+    CRegistryKey second(std::move(first));
+    EXPECT_EQ(nullptr, first.GetHandle());
+    second.SetValue(L"Still", static_cast<DWORD>(3), REG_DWORD);
+    first = std::move(second);
+    DWORD number = 0;
+    first.QueryValue(L"Still", number);
+    EXPECT_EQ(3u, number);
+}
+
+}  // namespace

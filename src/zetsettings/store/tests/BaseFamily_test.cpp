@@ -1,0 +1,150 @@
+#include <gtest/gtest.h>
+
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "support/ChildProcess.h"
+#include "support/ChildScenario.h"
+#include "support/ProcessRights.h"
+#include "support/TestRegistry.h"
+#include "zetsettings/ZETSettings.h"
+
+namespace {
+
+const wchar_t kBase[] = L"Software\\Orvane\\QXL";
+
+// The raw type and size of a value on the base key, or the error of the lookup.
+LSTATUS rawLookup(const wchar_t* name, DWORD* type = 0, DWORD* size = 0)
+{
+    HKEY key = 0;
+    LSTATUS status = RegOpenKeyExW(HKEY_LOCAL_MACHINE, kBase, 0, KEY_READ, &key);
+    if (status != ERROR_SUCCESS)
+        return status;
+    DWORD ignoredSize = 0;
+    status = RegQueryValueExW(key, name, 0, type, 0, size ? size : &ignoredSize);
+    RegCloseKey(key);
+    return status;
+}
+
+class BaseFamilyTest : public zettest::RegistryTest {};
+
+TEST_F(BaseFamilyTest, FirstReadCreatesTheBaseKeyButStoresNothingWithoutWriteDefault)
+{
+    EXPECT_EQ(ERROR_FILE_NOT_FOUND, rawLookup(L"Speed"));
+    EXPECT_EQ(17, ZETSettings::intGetBaseValue(L"Speed", 17, false));
+    EXPECT_EQ(L"dflt", ZETSettings::strGetBaseValue(L"Label", L"dflt", false));
+    EXPECT_EQ(ERROR_FILE_NOT_FOUND, rawLookup(L"Speed"));
+    EXPECT_EQ(ERROR_FILE_NOT_FOUND, rawLookup(L"Label"));
+}
+
+TEST_F(BaseFamilyTest, WriteDefaultStoresTheDefaultAndLaterReadsFindIt)
+{
+    EXPECT_EQ(5, ZETSettings::intGetBaseValue(L"Retries", 5, true));
+    EXPECT_EQ(5, ZETSettings::intGetBaseValue(L"Retries", 9, true));
+    EXPECT_EQ(L"first", ZETSettings::strGetBaseValue(L"Mode", L"first", true));
+    EXPECT_EQ(L"first", ZETSettings::strGetBaseValue(L"Mode", L"second", false));
+
+    DWORD type = 0;
+    ASSERT_EQ(ERROR_SUCCESS, rawLookup(L"Retries", &type));
+    EXPECT_EQ(static_cast<DWORD>(REG_DWORD), type);
+    ASSERT_EQ(ERROR_SUCCESS, rawLookup(L"Mode", &type));
+    EXPECT_EQ(static_cast<DWORD>(REG_SZ), type);
+}
+
+TEST_F(BaseFamilyTest, SettersOverwriteAndKeepTheFull32Bits)
+{
+    ZETSettings::intSetBaseValue(L"Number", 1);
+    ZETSettings::intSetBaseValue(L"number", -2);
+    EXPECT_EQ(-2, ZETSettings::intGetBaseValue(L"NUMBER", 0, false));
+    ZETSettings::intSetBaseValue(L"Number", 0x7FFFFFFF);
+    EXPECT_EQ(0x7FFFFFFF, ZETSettings::intGetBaseValue(L"Number", 0, false));
+
+    ZETSettings::strSetBaseValue(L"Text", L"a\u00E9\u4E2D");
+    EXPECT_EQ(L"a\u00E9\u4E2D", ZETSettings::strGetBaseValue(L"Text", L"", false));
+}
+
+TEST_F(BaseFamilyTest, AStoredEmptyTextIsReturnedInsteadOfTheDefault)
+{
+    ZETSettings::strSetBaseValue(L"Empty", L"");
+    EXPECT_EQ(L"", ZETSettings::strGetBaseValue(L"Empty", L"dflt", true));
+    EXPECT_EQ(L"", ZETSettings::strGetBaseValue(L"Empty", L"dflt", false));
+}
+
+TEST_F(BaseFamilyTest, AValueOfAnotherTypeReadsAsAFailedRead)
+{
+    ZETSettings::strSetBaseValue(L"Mixed", L"12");
+    EXPECT_EQ(3, ZETSettings::intGetBaseValue(L"Mixed", 3, false));
+    // With writeDefault the failed read is repaired with a number.
+    EXPECT_EQ(3, ZETSettings::intGetBaseValue(L"Mixed", 3, true));
+    DWORD type = 0;
+    ASSERT_EQ(ERROR_SUCCESS, rawLookup(L"Mixed", &type));
+    EXPECT_EQ(static_cast<DWORD>(REG_DWORD), type);
+}
+
+TEST_F(BaseFamilyTest, ThreadsOfOneProcessDoNotLoseEachOthersValues)
+{
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t)
+        threads.emplace_back([t] {
+            for (int i = 0; i < 50; ++i) {
+                const std::wstring name = L"T" + std::to_wstring(t) + L"_" + std::to_wstring(i);
+                ZETSettings::intSetBaseValue(name, t * 1000 + i);
+                ZETSettings::strGetBaseValue(L"Shared", L"s", true);
+            }
+        });
+    for (auto& thread : threads)
+        thread.join();
+    for (int t = 0; t < 4; ++t)
+        for (int i = 0; i < 50; ++i)
+            EXPECT_EQ(t * 1000 + i,
+                      ZETSettings::intGetBaseValue(L"T" + std::to_wstring(t) + L"_" + std::to_wstring(i), -7, false));
+}
+
+ZET_CHILD_SCENARIO(BaseFamilyWrite)
+{
+    ZETSettings::intSetBaseValue(L"FromChild", std::stoi(args.at(0)));
+    ZETSettings::strSetBaseValue(L"ChildText", L"written by a child");
+    return 0;
+}
+
+ZET_CHILD_SCENARIO(BaseFamilyRead)
+{
+    return ZETSettings::intGetBaseValue(L"FromChild", -1, false) == std::stoi(args.at(0)) ? 0 : 1;
+}
+
+TEST_F(BaseFamilyTest, AValueWrittenByOneProcessIsReadByOthers)
+{
+    ASSERT_EQ(0, zettest::runChild("BaseFamilyWrite", {"4711"}));
+    EXPECT_EQ(4711, ZETSettings::intGetBaseValue(L"FromChild", -1, false));
+    EXPECT_EQ(L"written by a child", ZETSettings::strGetBaseValue(L"ChildText", L"", false));
+    ZETSettings::intSetBaseValue(L"FromChild", 99);
+    EXPECT_EQ(0, zettest::runChild("BaseFamilyRead", {"99"}));
+}
+
+// Run by a user that may read the store but not write it: reads fall back to the default,
+// writes vanish without a word.
+ZET_CHILD_SCENARIO(BaseFamilyWithoutWriteRights)
+{
+    if (!zettest::becomeUnprivileged())
+        return 2;
+    if (ZETSettings::intGetBaseValue(L"Stored", 8, true) != 8)
+        return 3;
+    ZETSettings::intSetBaseValue(L"Stored", 9);
+    ZETSettings::strSetBaseValue(L"Other", L"x");
+    if (ZETSettings::strGetBaseValue(L"Other", L"dflt", true) != L"dflt")
+        return 4;
+    return 0;
+}
+
+TEST_F(BaseFamilyTest, AProcessWithoutWriteRightsGetsDefaultsAndWritesNothing)
+{
+    if (!zettest::canDropPrivileges())
+        GTEST_SKIP() << "this registry grants every process every right";
+    ZETSettings::intSetBaseValue(L"Stored", 1);
+    ASSERT_EQ(0, zettest::runChild("BaseFamilyWithoutWriteRights"));
+    EXPECT_EQ(1, ZETSettings::intGetBaseValue(L"Stored", -1, false));
+    EXPECT_EQ(ERROR_FILE_NOT_FOUND, rawLookup(L"Other"));
+}
+
+}  // namespace
