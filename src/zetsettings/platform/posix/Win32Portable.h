@@ -78,10 +78,13 @@ typedef struct _FILETIME {
 #define ERROR_INVALID_PARAMETER 87L
 #define ERROR_DISK_FULL 112L
 #define ERROR_INSUFFICIENT_BUFFER 122L
+#define ERROR_BAD_PATHNAME 161L
 #define ERROR_ALREADY_EXISTS 183L
 #define ERROR_FILENAME_EXCED_RANGE 206L
 #define ERROR_MORE_DATA 234L
 #define ERROR_NO_MORE_ITEMS 259L
+#define ERROR_NOACCESS 998L
+#define ERROR_NOT_OWNER 288L
 #define ERROR_BADDB 1009L
 #define ERROR_BADKEY 1010L
 #define ERROR_CANTOPEN 1011L
@@ -91,6 +94,7 @@ typedef struct _FILETIME {
 #define ERROR_REGISTRY_IO_FAILED 1016L
 #define ERROR_KEY_DELETED 1018L
 #define ERROR_KEY_HAS_CHILDREN 1020L
+#define ERROR_UNKNOWN_REVISION 1305L
 #define ERROR_TIMEOUT 1460L
 
 // ---- registry ------------------------------------------------------------------------------
@@ -169,6 +173,8 @@ typedef struct _SECURITY_ATTRIBUTES {
 } SECURITY_ATTRIBUTES, *PSECURITY_ATTRIBUTES, *LPSECURITY_ATTRIBUTES;
 
 #define SECURITY_DESCRIPTOR_REVISION 1
+#define SE_DACL_PRESENT 0x0004
+#define SE_DACL_DEFAULTED 0x0008
 
 // ---- synchronisation -----------------------------------------------------------------------
 
@@ -215,6 +221,7 @@ typedef struct _OSVERSIONINFOEXW {
 } OSVERSIONINFOEXW, *POSVERSIONINFOEXW, *LPOSVERSIONINFOEXW;
 
 #define VER_PLATFORM_WIN32_NT 2
+#define VER_NT_WORKSTATION 1
 
 // ---- functions -----------------------------------------------------------------------------
 

@@ -1,0 +1,111 @@
+#include "zetsettings/platform/posix/registry/NameIndex.h"
+
+#include <bitset>
+
+#include "zetsettings/platform/posix/registry/CaseFolding.h"
+#include "zetsettings/platform/posix/registry/Cursor.h"
+#include "zetsettings/platform/posix/registry/Records.h"
+#include "zetsettings/platform/posix/registry/StoreFailure.h"
+
+namespace zet {
+namespace portable {
+namespace registry {
+namespace {
+
+const size_t kSequences = 256;
+
+bool isCandidate(const MDB_val& key, const std::string& stem)
+{
+    return key.mv_size == RecordKeys::kHashedKeySize && startsWith(key, stem);
+}
+
+bool sameFoldedName(const MDB_val& data, const std::u16string& folded)
+{
+    const NamedRecordView record = NamedRecordView::parse(data);
+    if (record.nameUnits != folded.size())
+        return false;
+    return CaseFolding::fold(record.name()) == folded;
+}
+
+}  // namespace
+
+NameIndex::NameIndex(MDB_txn* txn, MDB_dbi dbi, RecordKeys::Tag tag, NameHasher hasher)
+    : m_txn(txn), m_dbi(dbi), m_tag(tag), m_hasher(hasher)
+{
+}
+
+bool NameIndex::find(uint64_t owner, const std::u16string& folded, Found& found) const
+{
+    std::string key = RecordKeys::nameKey(m_tag, owner, folded, m_hasher);
+    if (RecordKeys::isHashed(folded))
+        return findHashed(key, folded, found);
+    MDB_val lmdbKey = valueOf(key);
+    const int rc = mdb_get(m_txn, m_dbi, &lmdbKey, &found.data);
+    if (rc == MDB_NOTFOUND)
+        return false;
+    checkLmdb(rc);
+    found.key = std::move(key);
+    return true;
+}
+
+bool NameIndex::findHashed(const std::string& stem, const std::u16string& folded, Found& found) const
+{
+    Cursor cursor(m_txn, m_dbi);
+    MDB_val key, data;
+    for (bool more = cursor.seek(stem, key, data); more && startsWith(key, stem); more = cursor.next(key, data)) {
+        if (isCandidate(key, stem) && sameFoldedName(data, folded)) {
+            found.key.assign(static_cast<const char*>(key.mv_data), key.mv_size);
+            found.data = data;
+            return true;
+        }
+    }
+    return false;
+}
+
+std::string NameIndex::freeHashedKey(const std::string& stem) const
+{
+    std::bitset<kSequences> taken;
+    Cursor cursor(m_txn, m_dbi);
+    MDB_val key, data;
+    for (bool more = cursor.seek(stem, key, data); more && startsWith(key, stem); more = cursor.next(key, data)) {
+        if (isCandidate(key, stem))
+            taken.set(static_cast<const unsigned char*>(key.mv_data)[RecordKeys::kHashedStemSize]);
+    }
+    for (size_t sequence = 0; sequence < kSequences; ++sequence) {
+        if (!taken.test(sequence))
+            return stem + static_cast<char>(sequence);
+    }
+    // 256 different names sharing their first units and a 64-bit hash: not by chance.
+    throwCorruptRecord();
+}
+
+void NameIndex::insert(uint64_t owner, const std::u16string& folded, const std::string& data)
+{
+    std::string key = RecordKeys::nameKey(m_tag, owner, folded, m_hasher);
+    if (RecordKeys::isHashed(folded))
+        key = freeHashedKey(key);
+    MDB_val lmdbKey = valueOf(key);
+    MDB_val lmdbData = valueOf(data);
+    checkLmdb(mdb_put(m_txn, m_dbi, &lmdbKey, &lmdbData, 0));
+}
+
+void NameIndex::replace(const Found& found, const std::string& data)
+{
+    MDB_val lmdbKey = valueOf(found.key);
+    MDB_val lmdbData = valueOf(data);
+    checkLmdb(mdb_put(m_txn, m_dbi, &lmdbKey, &lmdbData, 0));
+}
+
+bool NameIndex::erase(uint64_t owner, const std::u16string& folded)
+{
+    Found existing;
+    if (!find(owner, folded, existing))
+        return false;
+    MDB_val key = valueOf(existing.key);
+    checkLmdb(mdb_del(m_txn, m_dbi, &key, nullptr));
+    return true;
+}
+
+}  // namespace registry
+}  // namespace portable
+}  // namespace zet

@@ -1,0 +1,292 @@
+#include "zetsettings/platform/posix/registry/Store.h"
+
+#include <errno.h>
+#include <stdlib.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+
+#include "zetsettings/platform/posix/registry/FileSystemCheck.h"
+#include "zetsettings/platform/posix/registry/RecordKeys.h"
+
+namespace zet {
+namespace portable {
+namespace registry {
+namespace {
+
+const unsigned int kWritableFlags = MDB_NOTLS | MDB_NOMETASYNC;
+const unsigned int kReadOnlyFlags = MDB_NOTLS | MDB_RDONLY | MDB_NOLOCK;
+const mode_t kFileMode = 0644;
+const unsigned int kMaxReaders = 510;
+const size_t kIdleReaderLimit = 64;
+const size_t kDefaultInitialMap = size_t(16) << 20;
+const size_t kMinimumMap = size_t(64) << 10;
+const size_t kMaximumMap = sizeof(size_t) > 4 ? size_t(1) << 40 : size_t(1) << 30;
+
+size_t initialMapSize()
+{
+    const char* configured = getenv("ZET_REGISTRY_INITIAL_MAP");
+    if (!configured || !*configured)
+        return kDefaultInitialMap;
+    char* end = nullptr;
+    const unsigned long long bytes = strtoull(configured, &end, 10);
+    if (*end != '\0')
+        return kDefaultInitialMap;
+    return std::min<unsigned long long>(std::max<unsigned long long>(bytes, kMinimumMap), kMaximumMap);
+}
+
+bool exists(const std::string& path)
+{
+    struct stat info;
+    return stat(path.c_str(), &info) == 0;
+}
+
+bool isRefusal(int rc)
+{
+    return rc == EACCES || rc == EPERM || rc == EROFS;
+}
+
+// By path, not by descriptor: a second descriptor on LMDB's files would drop its locks when
+// closed.
+void makeReadableByAll(const std::string& directory)
+{
+    chmod((directory + "/data.mdb").c_str(), kFileMode);
+    chmod((directory + "/lock.mdb").c_str(), kFileMode);
+}
+
+}  // namespace
+
+Store::Store(const std::string& directory) : m_directory(directory), m_owner(ThisProcess::id())
+{
+}
+
+std::unique_ptr<Store> Store::open(const std::string& directory)
+{
+    if (FileSystemCheck::isOnNetwork(directory))
+        throw StoreFailure(ERROR_NOT_SUPPORTED);
+    std::unique_ptr<Store> store(new Store(directory));
+    const bool creating = !exists(directory + "/data.mdb");
+    int rc = store->openEnvironment(kWritableFlags);
+    if (isRefusal(rc)) {
+        store->m_writable = false;
+        rc = store->openEnvironment(kReadOnlyFlags);
+    }
+    checkLmdb(rc);
+    store->checkFileHoldsData();
+    if (store->m_writable) {
+        if (creating)
+            makeReadableByAll(directory);
+        store->clearStaleReaders();
+    }
+    store->openDatabase();
+    return store;
+}
+
+Store::~Store()
+{
+    if (!belongsToThisProcess() || !m_env)
+        return;
+    for (MDB_txn* reader : m_idleReaders)
+        mdb_txn_abort(reader);
+    mdb_env_close(m_env);
+}
+
+void Store::checkFileHoldsData() const
+{
+    // A data file cut short behind valid meta pages would fault on first read of the map.
+    MDB_envinfo info;
+    MDB_stat statistics;
+    mdb_env_info(m_env, &info);
+    checkLmdb(mdb_env_stat(m_env, &statistics));
+    int descriptor = -1;
+    checkLmdb(mdb_env_get_fd(m_env, &descriptor));
+    struct stat file;
+    if (fstat(descriptor, &file) != 0)
+        throw StoreFailure(win32ErrorOfLmdb(errno), errno);
+    const unsigned long long needed = (static_cast<unsigned long long>(info.me_last_pgno) + 1) * statistics.ms_psize;
+    if (static_cast<unsigned long long>(file.st_size) < needed)
+        throw StoreFailure(ERROR_BADDB, MDB_INVALID);
+}
+
+int Store::openEnvironment(unsigned int flags)
+{
+    MDB_env* env = nullptr;
+    int rc = mdb_env_create(&env);
+    if (rc != MDB_SUCCESS)
+        return rc;
+    mdb_env_set_maxreaders(env, kMaxReaders);
+    mdb_env_set_mapsize(env, initialMapSize());
+    rc = mdb_env_open(env, m_directory.c_str(), flags, kFileMode);
+    if (rc == MDB_SUCCESS && mdb_env_get_maxkeysize(env) < static_cast<int>(RecordKeys::kLongestKey))
+        rc = MDB_BAD_VALSIZE;
+    if (rc != MDB_SUCCESS) {
+        mdb_env_close(env);
+        return rc;
+    }
+    m_env = env;
+    return MDB_SUCCESS;
+}
+
+void Store::openDatabase()
+{
+    for (;;) {
+        MDB_txn* txn = nullptr;
+        int rc = mdb_txn_begin(m_env, nullptr, MDB_RDONLY, &txn);
+        if (rc == MDB_MAP_RESIZED) {
+            checkLmdb(mdb_env_set_mapsize(m_env, 0));
+            continue;
+        }
+        checkLmdb(rc);
+        rc = mdb_dbi_open(txn, nullptr, 0, &m_dbi);
+        if (rc == MDB_SUCCESS)
+            rc = mdb_txn_commit(txn);
+        else
+            mdb_txn_abort(txn);
+        checkLmdb(rc);
+        return;
+    }
+}
+
+size_t Store::mapSize() const
+{
+    MDB_envinfo info;
+    mdb_env_info(m_env, &info);
+    return info.me_mapsize;
+}
+
+int Store::startReader(MDB_txn*& txn)
+{
+    txn = nullptr;
+    {
+        std::lock_guard<std::mutex> guard(m_idleReadersMutex);
+        if (!m_idleReaders.empty()) {
+            txn = m_idleReaders.back();
+            m_idleReaders.pop_back();
+        }
+    }
+    if (!txn)
+        return mdb_txn_begin(m_env, nullptr, MDB_RDONLY, &txn);
+    const int rc = mdb_txn_renew(txn);
+    if (rc != MDB_SUCCESS) {
+        mdb_txn_abort(txn);
+        txn = nullptr;
+    }
+    return rc;
+}
+
+void Store::finishReader(MDB_txn* txn)
+{
+    mdb_txn_reset(txn);
+    {
+        std::lock_guard<std::mutex> guard(m_idleReadersMutex);
+        if (m_idleReaders.size() < kIdleReaderLimit) {
+            m_idleReaders.push_back(txn);
+            return;
+        }
+    }
+    mdb_txn_abort(txn);
+}
+
+void Store::clearStaleReaders()
+{
+    if (!m_writable)
+        return;
+    int cleared = 0;
+    mdb_reader_check(m_env, &cleared);
+}
+
+void Store::adoptMapSize()
+{
+    ExclusiveMapLock exclusive(m_mapLock);
+    checkLmdb(mdb_env_set_mapsize(m_env, 0));
+}
+
+void Store::growMap(size_t observedSize)
+{
+    ExclusiveMapLock exclusive(m_mapLock);
+    if (mapSize() != observedSize)
+        return;  // another thread grew it meanwhile
+    if (observedSize >= kMaximumMap)
+        throw StoreFailure(ERROR_DISK_FULL, MDB_MAP_FULL);
+    checkLmdb(mdb_env_set_mapsize(m_env, std::min(observedSize * 2, kMaximumMap)));
+}
+
+// ---- transactions --------------------------------------------------------------------------
+
+ReadTransaction::ReadTransaction(Store& store) : m_store(store)
+{
+    bool readersChecked = false;
+    for (;;) {
+        m_store.m_mapLock.lockShared();
+        const int rc = m_store.startReader(m_txn);
+        if (rc == MDB_SUCCESS)
+            break;
+        m_store.m_mapLock.unlockShared();
+        if (rc == MDB_MAP_RESIZED) {
+            m_store.adoptMapSize();
+        } else if (rc == MDB_READERS_FULL && !readersChecked) {
+            m_store.clearStaleReaders();
+            readersChecked = true;
+        } else {
+            checkLmdb(rc);
+        }
+    }
+    m_snapshotId = mdb_txn_id(m_txn);
+}
+
+ReadTransaction::~ReadTransaction()
+{
+    m_store.finishReader(m_txn);
+    m_store.m_mapLock.unlockShared();
+}
+
+MDB_dbi ReadTransaction::dbi() const
+{
+    return m_store.m_dbi;
+}
+
+bool ReadTransaction::stillValid() const
+{
+    if (!m_store.lockless())
+        return true;
+    MDB_envinfo info;
+    mdb_env_info(m_store.m_env, &info);
+    return info.me_last_txnid <= m_snapshotId + 1;
+}
+
+WriteTransaction::WriteTransaction(Store& store) : m_store(store)
+{
+    for (;;) {
+        m_store.m_mapLock.lockShared();
+        const int rc = mdb_txn_begin(m_store.m_env, nullptr, 0, &m_txn);
+        if (rc == MDB_SUCCESS)
+            return;
+        m_store.m_mapLock.unlockShared();
+        if (rc != MDB_MAP_RESIZED)
+            checkLmdb(rc);
+        m_store.adoptMapSize();
+    }
+}
+
+WriteTransaction::~WriteTransaction()
+{
+    if (m_txn)
+        mdb_txn_abort(m_txn);
+    m_store.m_mapLock.unlockShared();
+}
+
+MDB_dbi WriteTransaction::dbi() const
+{
+    return m_store.m_dbi;
+}
+
+int WriteTransaction::commit()
+{
+    MDB_txn* txn = m_txn;
+    m_txn = nullptr;
+    return mdb_txn_commit(txn);
+}
+
+}  // namespace registry
+}  // namespace portable
+}  // namespace zet

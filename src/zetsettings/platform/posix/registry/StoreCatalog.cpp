@@ -1,0 +1,115 @@
+#include "zetsettings/platform/posix/registry/StoreCatalog.h"
+
+#include <errno.h>
+#include <limits.h>
+#include <pthread.h>
+#include <stdlib.h>
+
+#include <algorithm>
+
+#include "zetsettings/platform/posix/StoreLocation.h"
+#include "zetsettings/platform/posix/registry/StoreSchema.h"
+
+namespace zet {
+namespace portable {
+namespace registry {
+namespace {
+
+std::string realPathOf(const std::string& directory)
+{
+    char resolved[PATH_MAX];
+    if (!realpath(directory.c_str(), resolved))
+        throw StoreFailure(win32ErrorOfLmdb(errno), errno);
+    return resolved;
+}
+
+}  // namespace
+
+const size_t StoreCatalog::kStoresKept;
+
+StoreCatalog& StoreCatalog::instance()
+{
+    // Never destroyed: stores stay usable by destructors that run at exit.
+    static StoreCatalog* catalog = [] {
+        StoreCatalog* created = new StoreCatalog;
+        pthread_atfork(&StoreCatalog::lockForFork, &StoreCatalog::unlockAfterFork, &StoreCatalog::unlockAfterFork);
+        return created;
+    }();
+    return *catalog;
+}
+
+StoreCatalog::StoreCatalog() : m_process(ThisProcess::id())
+{
+}
+
+void StoreCatalog::lockForFork()
+{
+    instance().m_mutex.lock();
+}
+
+void StoreCatalog::unlockAfterFork()
+{
+    instance().m_mutex.unlock();
+}
+
+std::shared_ptr<Store> StoreCatalog::current()
+{
+    return forDirectory(storeDirectory());
+}
+
+std::shared_ptr<Store> StoreCatalog::forDirectory(const std::string& directory)
+{
+    std::lock_guard<std::mutex> guard(m_mutex);
+    if (m_process != ThisProcess::id()) {
+        // The parent's stores are not ours to use, nor to close (Store's destructor knows).
+        m_entries.clear();
+        m_process = ThisProcess::id();
+    }
+    if (std::shared_ptr<Store> known = find(directory))
+        return known;
+    return openByRealPath(directory);
+}
+
+std::shared_ptr<Store> StoreCatalog::find(const std::string& spelling) const
+{
+    for (const Entry& entry : m_entries) {
+        if (std::find(entry.spellings.begin(), entry.spellings.end(), spelling) != entry.spellings.end())
+            return entry.store;
+    }
+    return nullptr;
+}
+
+std::shared_ptr<Store> StoreCatalog::openByRealPath(const std::string& spelling)
+{
+    const int made = ensureStoreDirectory(spelling);
+    if (made != 0)
+        throw StoreFailure(win32ErrorOfLmdb(made), made);
+    const std::string real = realPathOf(spelling);
+    for (Entry& entry : m_entries) {
+        if (entry.store->directory() == real) {
+            entry.spellings.push_back(spelling);
+            return entry.store;
+        }
+    }
+    std::shared_ptr<Store> store(Store::open(real));
+    StoreSchema::prepare(*store);
+    m_entries.push_back(Entry{{spelling}, store});
+    closeUnused(store.get());
+    return store;
+}
+
+void StoreCatalog::closeUnused(const Store* keep)
+{
+    if (m_entries.size() <= kStoresKept)
+        return;
+    // Only the catalog holds an unused store, and only under this lock can that change.
+    m_entries.erase(std::remove_if(m_entries.begin(), m_entries.end(),
+                                   [keep](const Entry& entry) {
+                                       return entry.store.get() != keep && entry.store.use_count() == 1;
+                                   }),
+                    m_entries.end());
+}
+
+}  // namespace registry
+}  // namespace portable
+}  // namespace zet

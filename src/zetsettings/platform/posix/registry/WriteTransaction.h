@@ -1,0 +1,36 @@
+// LMDB's one write transaction of a store, aborted unless committed.
+#ifndef ZETSETTINGS_PLATFORM_POSIX_REGISTRY_WRITETRANSACTION_H
+#define ZETSETTINGS_PLATFORM_POSIX_REGISTRY_WRITETRANSACTION_H
+
+#include <lmdb.h>
+
+namespace zet {
+namespace portable {
+namespace registry {
+
+class Store;
+
+class WriteTransaction {
+public:
+    // Waits for the store's writer lock, shared by all processes. Throws StoreFailure.
+    explicit WriteTransaction(Store& store);
+    ~WriteTransaction();
+
+    WriteTransaction(const WriteTransaction&) = delete;
+    WriteTransaction& operator=(const WriteTransaction&) = delete;
+
+    MDB_txn* txn() const { return m_txn; }
+    MDB_dbi dbi() const;
+    // LMDB's result; the transaction is over either way.
+    int commit();
+
+private:
+    Store& m_store;
+    MDB_txn* m_txn = nullptr;
+};
+
+}  // namespace registry
+}  // namespace portable
+}  // namespace zet
+
+#endif

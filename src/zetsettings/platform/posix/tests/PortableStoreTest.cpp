@@ -1,0 +1,288 @@
+// The store behind the portable registry: its files, its map, damaged files, bounds in UTF-16
+// units, and what is stored byte for byte.
+#include <dirent.h>
+#include <gtest/gtest.h>
+#include <lmdb.h>
+#include <stdlib.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstring>
+#include <fstream>
+#include <memory>
+#include <random>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "support/ChildProcess.h"
+#include "support/ChildScenario.h"
+#include "support/TestRegistry.h"
+#include "zetsettings/platform/posix/Win32Portable.h"
+#include "zetsettings/platform/posix/registry/CaseFolding.h"
+#include "zetsettings/platform/posix/registry/FileSystemCheck.h"
+#include "zetsettings/platform/posix/registry/HandleTable.h"
+#include "zetsettings/platform/posix/registry/RegistryTree.h"
+#include "zetsettings/platform/posix/registry/StoreCatalog.h"
+#include "zetsettings/platform/tests/RegistryTestKeys.h"
+
+namespace zet {
+namespace portable {
+namespace registry {
+namespace {
+
+using zettest::ScopedKey;
+
+const wchar_t kKeyPath[] = L"Software\\ZetPortable";
+
+std::wstring blobName(const std::string& prefix, int number)
+{
+    return std::wstring(prefix.begin(), prefix.end()) + std::to_wstring(number);
+}
+
+std::vector<BYTE> blob(int number, size_t size)
+{
+    return std::vector<BYTE>(size, static_cast<BYTE>(number));
+}
+
+LONG writeBlobs(const std::string& prefix, int count, size_t size)
+{
+    ScopedKey key;
+    LONG status = zettest::createKey(HKEY_LOCAL_MACHINE, kKeyPath, key);
+    for (int i = 0; i < count && status == ERROR_SUCCESS; ++i) {
+        const std::vector<BYTE> data = blob(i, size);
+        status = RegSetValueExW(key.get(), blobName(prefix, i).c_str(), 0, REG_BINARY, data.data(),
+                                static_cast<DWORD>(data.size()));
+    }
+    return status;
+}
+
+// How many of the blobs read back whole.
+int intactBlobs(const std::string& prefix, int count, size_t size)
+{
+    ScopedKey key;
+    if (zettest::openKey(HKEY_LOCAL_MACHINE, kKeyPath, key, KEY_READ) != ERROR_SUCCESS)
+        return 0;
+    int intact = 0;
+    for (int i = 0; i < count; ++i) {
+        std::vector<BYTE> data(size + 1);
+        DWORD bytes = static_cast<DWORD>(data.size());
+        if (RegQueryValueExW(key.get(), blobName(prefix, i).c_str(), nullptr, nullptr, data.data(), &bytes) ==
+                ERROR_SUCCESS &&
+            bytes == size) {
+            data.resize(size);
+            intact += data == blob(i, size);
+        }
+    }
+    return intact;
+}
+
+// args: prefix, count, size.
+ZET_CHILD_SCENARIO(portable_write_blobs)
+{
+    return writeBlobs(args.at(0), std::stoi(args.at(1)), std::stoul(args.at(2))) == ERROR_SUCCESS ? 0 : 1;
+}
+
+class PortableStore : public zettest::RegistryTest {
+protected:
+    void TearDown() override { unsetenv("ZET_REGISTRY_INITIAL_MAP"); }
+
+    std::string file(const char* name) const { return registry.storeDirectory() + "/" + name; }
+    static std::shared_ptr<Store> store() { return StoreCatalog::instance().current(); }
+
+    void startWithATinyMap() { setenv("ZET_REGISTRY_INITIAL_MAP", "65536", 1); }
+
+    void overwrite(const char* name, size_t size)
+    {
+        std::mt19937 random(12345);
+        std::vector<char> garbage(size);
+        for (char& byte : garbage)
+            byte = static_cast<char>(random());
+        std::ofstream out(file(name), std::ios::binary | std::ios::trunc);
+        out.write(garbage.data(), static_cast<std::streamsize>(garbage.size()));
+    }
+
+    LONG openTheKey()
+    {
+        ScopedKey key;
+        return zettest::openKey(HKEY_LOCAL_MACHINE, kKeyPath, key, KEY_READ);
+    }
+};
+
+std::set<std::string> filesIn(const std::string& directory)
+{
+    std::set<std::string> names;
+    DIR* listing = opendir(directory.c_str());
+    while (dirent* entry = listing ? readdir(listing) : nullptr) {
+        if (entry->d_name[0] != '.')
+            names.insert(entry->d_name);
+    }
+    if (listing)
+        closedir(listing);
+    return names;
+}
+
+int descriptorsOn(const std::string& path)
+{
+    int count = 0;
+    for (const std::string& descriptor : filesIn("/proc/self/fd")) {
+        char target[4096];
+        const ssize_t length = readlink(("/proc/self/fd/" + descriptor).c_str(), target, sizeof(target) - 1);
+        count += length > 0 && std::string(target, length) == path;
+    }
+    return count;
+}
+
+TEST_F(PortableStore, FilesAreReadableByAllWritableByTheOwnerAndSyncedOnCommit)
+{
+    const mode_t previous = umask(077);
+    const LONG written = writeBlobs("File", 1, 16);
+    umask(previous);
+    ASSERT_EQ(ERROR_SUCCESS, written);
+
+    EXPECT_EQ((std::set<std::string>{"data.mdb", "lock.mdb"}), filesIn(registry.storeDirectory()));
+    for (const char* name : {"data.mdb", "lock.mdb"}) {
+        struct stat info;
+        ASSERT_EQ(0, stat(file(name).c_str(), &info));
+        EXPECT_EQ(0644u, info.st_mode & 07777) << name;
+    }
+    unsigned int flags = 0;
+    ASSERT_EQ(MDB_SUCCESS, mdb_env_get_flags(store()->environment(), &flags));
+    EXPECT_EQ(0u, flags & (MDB_NOSYNC | MDB_MAPASYNC | MDB_WRITEMAP));
+    EXPECT_NE(0u, flags & MDB_NOTLS);
+    // Only LMDB's own descriptor on the lock file: closing a second one would drop its locks.
+    char real[PATH_MAX];
+    ASSERT_NE(nullptr, realpath(file("lock.mdb").c_str(), real));
+    EXPECT_EQ(1, descriptorsOn(real));
+}
+
+TEST_F(PortableStore, TheMapGrowsFromATinyStart)
+{
+    startWithATinyMap();
+    ASSERT_EQ(ERROR_SUCCESS, writeBlobs("Small", 1, 8));
+    const size_t initial = store()->mapSize();
+    EXPECT_EQ(65536u, initial);
+    ASSERT_EQ(ERROR_SUCCESS, writeBlobs("Many", 40, 8192));
+    ASSERT_EQ(ERROR_SUCCESS, writeBlobs("Huge", 1, 600 * 1024));  // several doublings in one write
+    EXPECT_GT(store()->mapSize(), 1024u * 1024u);
+    EXPECT_EQ(40, intactBlobs("Many", 40, 8192));
+    EXPECT_EQ(1, intactBlobs("Huge", 1, 600 * 1024));
+}
+
+TEST_F(PortableStore, AMapGrownByAnotherProcessIsAdopted)
+{
+    startWithATinyMap();
+    ASSERT_EQ(ERROR_SUCCESS, writeBlobs("Parent", 1, 8));
+    ASSERT_EQ(65536u, store()->mapSize());
+    ASSERT_EQ(0, zettest::runChild("portable_write_blobs", {"Child", "40", "8192"}));
+    EXPECT_EQ(40, intactBlobs("Child", 40, 8192));
+    EXPECT_GT(store()->mapSize(), 65536u);
+    EXPECT_EQ(ERROR_SUCCESS, writeBlobs("Parent", 40, 8192));
+    EXPECT_EQ(40, intactBlobs("Parent", 40, 8192));
+}
+
+TEST_F(PortableStore, AGarbageDataFileGivesAnErrorNotACrash)
+{
+    ASSERT_EQ(0, mkdir(registry.storeDirectory().c_str(), 0755));
+    overwrite("data.mdb", 64 * 1024);
+    EXPECT_EQ(ERROR_BADDB, openTheKey());
+    ScopedKey key;
+    EXPECT_EQ(ERROR_BADDB, zettest::createKey(HKEY_LOCAL_MACHINE, kKeyPath, key));
+}
+
+TEST_F(PortableStore, ADataFileCutShortGivesAnErrorNotACrash)
+{
+    ASSERT_EQ(0, zettest::runChild("portable_write_blobs", {"Cut", "20", "4096"}));
+    ASSERT_EQ(0, truncate(file("data.mdb").c_str(), 3 * 4096));
+    EXPECT_EQ(ERROR_BADDB, openTheKey());
+}
+
+TEST_F(PortableStore, AnotherLmdbDatabaseIsNotTakenForAStore)
+{
+    ASSERT_EQ(0, mkdir(registry.storeDirectory().c_str(), 0755));
+    MDB_env* env = nullptr;
+    MDB_txn* txn = nullptr;
+    MDB_dbi dbi = 0;
+    mdb_env_create(&env);
+    ASSERT_EQ(MDB_SUCCESS, mdb_env_open(env, registry.storeDirectory().c_str(), 0, 0644));
+    ASSERT_EQ(MDB_SUCCESS, mdb_txn_begin(env, nullptr, 0, &txn));
+    ASSERT_EQ(MDB_SUCCESS, mdb_dbi_open(txn, nullptr, 0, &dbi));
+    MDB_val key = {5, const_cast<char*>("hello")}, data = {5, const_cast<char*>("world")};
+    ASSERT_EQ(MDB_SUCCESS, mdb_put(txn, dbi, &key, &data, 0));
+    ASSERT_EQ(MDB_SUCCESS, mdb_txn_commit(txn));
+    mdb_env_close(env);
+
+    EXPECT_EQ(ERROR_BADDB, openTheKey());
+}
+
+TEST_F(PortableStore, AGarbageLockFileIsRebuiltByTheFirstUser)
+{
+    ASSERT_EQ(0, zettest::runChild("portable_write_blobs", {"Kept", "3", "100"}));
+    overwrite("lock.mdb", 8192);
+    EXPECT_EQ(3, intactBlobs("Kept", 3, 100));
+}
+
+TEST_F(PortableStore, NameLimitsCountUtf16Units)
+{
+    ScopedKey base = zettest::testKey(L"Limits");
+    ScopedKey key;
+    std::wstring pairs;
+    for (int i = 0; i < 127; ++i)
+        pairs += L"\U0001F600";
+    EXPECT_EQ(ERROR_SUCCESS, zettest::createKey(base.get(), pairs + L"x", key));           // 255 units
+    EXPECT_EQ(ERROR_INVALID_PARAMETER, zettest::createKey(base.get(), pairs + L"\U0001F600", key));  // 256
+    EXPECT_EQ(ERROR_INVALID_PARAMETER, zettest::createKey(base.get(), std::wstring(256, L'k'), key));
+    EXPECT_EQ(ERROR_INVALID_PARAMETER, zettest::openKey(base.get(), std::wstring(256, L'k'), key));
+
+    std::wstring valuePairs;
+    for (int i = 0; i < 8191; ++i)
+        valuePairs += L"\U0001F600";
+    EXPECT_EQ(ERROR_SUCCESS, zettest::setDword(base.get(), (valuePairs + L"x").c_str(), 1));  // 16383 units
+    EXPECT_EQ(ERROR_INVALID_PARAMETER, zettest::setDword(base.get(), (valuePairs + L"\U0001F600").c_str(), 1));
+}
+
+TEST_F(PortableStore, TextIsStoredAsLittleEndianUtf16)
+{
+    ScopedKey key = zettest::testKey(L"Bytes");
+    const wchar_t text[] = L"A\u00e9\U0001F600";
+    ASSERT_EQ(ERROR_SUCCESS, RegSetValueExW(key.get(), L"T\u00ebxt", 0, REG_SZ, reinterpret_cast<const BYTE*>(text),
+                                            sizeof(text)));
+    const uint64_t id = HandleTable::instance().find(key.get())->id;
+    std::string stored;
+    std::u16string name;
+    store()->read([&](ReadTransaction& snapshot) {
+        ValueRecordView value;
+        if (RegistryTree(snapshot.txn(), snapshot.dbi()).findValue(id, CaseFolding::fold(u"T\u00cbXT"), value)) {
+            stored.assign(reinterpret_cast<const char*>(value.data), value.size);
+            name = value.named.name();
+        }
+        return 0;
+    });
+    EXPECT_EQ(std::string("A\0\xE9\0\x3D\xD8\x00\xDE\0\0", 10), stored);
+    EXPECT_EQ(u"T\u00ebxt", name);
+}
+
+TEST_F(PortableStore, TextGivenWithAPartialLastCharacterLosesIt)
+{
+    ScopedKey key = zettest::testKey(L"Partial");
+    const wchar_t text[] = L"ab";
+    ASSERT_EQ(ERROR_SUCCESS, RegSetValueExW(key.get(), L"Odd", 0, REG_SZ, reinterpret_cast<const BYTE*>(text),
+                                            2 * sizeof(wchar_t) - 1));
+    DWORD size = 0;
+    ASSERT_EQ(ERROR_SUCCESS, RegQueryValueExW(key.get(), L"Odd", nullptr, nullptr, nullptr, &size));
+    EXPECT_EQ(sizeof(wchar_t), size);
+}
+
+TEST(FileSystemCheck, RecognizesNetworkFileSystems)
+{
+    for (unsigned long network : {0x6969ul, 0x517Bul, 0xFF534D42ul, 0xFE534D42ul, 0x01021997ul})
+        EXPECT_TRUE(FileSystemCheck::isNetworkType(network)) << std::hex << network;
+    for (unsigned long local : {0xEF53ul, 0x01021994ul, 0x58465342ul, 0x9123683Eul})
+        EXPECT_FALSE(FileSystemCheck::isNetworkType(local)) << std::hex << local;
+    EXPECT_FALSE(FileSystemCheck::isOnNetwork("/tmp"));
+}
+
+}  // namespace
+}  // namespace registry
+}  // namespace portable
+}  // namespace zet

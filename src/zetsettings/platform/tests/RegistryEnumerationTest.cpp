@@ -1,0 +1,176 @@
+// Enumerating subkeys and values by index, and what RegQueryInfoKeyW tells of a key.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "support/TestRegistry.h"
+#include "zetsettings/platform/Win32.h"
+#include "zetsettings/platform/tests/RegistryTestKeys.h"
+
+namespace zettest {
+namespace {
+
+class RegistryEnumeration : public RegistryTest {
+protected:
+    void SetUp() override { base = testKey(L"Enumeration"); }
+
+    void createSubkeys(const std::vector<std::wstring>& names)
+    {
+        for (const std::wstring& name : names) {
+            ScopedKey key;
+            ASSERT_EQ(ERROR_SUCCESS, createKey(base.get(), name, key));
+        }
+    }
+
+    ScopedKey base;
+};
+
+std::vector<std::wstring> numberedNames(const std::wstring& stem, int count)
+{
+    std::vector<std::wstring> names;
+    for (int i = 0; i < count; ++i)
+        names.push_back(stem + std::to_wstring(i) + (i % 2 ? L"Odd" : L"even"));
+    return names;
+}
+
+std::vector<std::wstring> sorted(std::vector<std::wstring> names)
+{
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+TEST_F(RegistryEnumeration, EverySubkeyComesOnceInItsOwnCase)
+{
+    const std::vector<std::wstring> names = numberedNames(L"Sub", 60);
+    createSubkeys(names);
+    const std::vector<std::wstring> seen = subkeyNames(base.get());
+    EXPECT_EQ(sorted(names), sorted(seen));
+    EXPECT_EQ(seen, subkeyNames(base.get())) << "the order changed between two enumerations";
+}
+
+TEST_F(RegistryEnumeration, EveryValueComesOnceWithItsData)
+{
+    const std::vector<std::wstring> names = numberedNames(L"Value", 60);
+    for (size_t i = 0; i < names.size(); ++i)
+        ASSERT_EQ(ERROR_SUCCESS, setDword(base.get(), names[i].c_str(), static_cast<DWORD>(i)));
+
+    std::set<std::wstring> seen;
+    wchar_t name[64];
+    for (DWORD index = 0;; ++index) {
+        DWORD units = 64, type = 0, value = 0, size = sizeof(value);
+        const LONG status = RegEnumValueW(base.get(), index, name, &units, nullptr, &type,
+                                          reinterpret_cast<BYTE*>(&value), &size);
+        if (status == ERROR_NO_MORE_ITEMS)
+            break;
+        ASSERT_EQ(ERROR_SUCCESS, status);
+        const std::wstring found(name, units);
+        EXPECT_TRUE(seen.insert(found).second) << "a value came twice";
+        const size_t position = std::find(names.begin(), names.end(), found) - names.begin();
+        ASSERT_LT(position, names.size());
+        EXPECT_EQ(static_cast<DWORD>(REG_DWORD), type);
+        EXPECT_EQ(position, value);
+    }
+    EXPECT_EQ(names.size(), seen.size());
+}
+
+TEST_F(RegistryEnumeration, LongNamesThatShareLongBeginningsAllCome)
+{
+    std::vector<std::wstring> keys, values;
+    for (int i = 0; i < 12; ++i) {
+        keys.push_back(std::wstring(245, L'k') + std::to_wstring(i));
+        values.push_back(std::wstring(300 + 500 * (i % 3), L'v') + std::to_wstring(i));
+    }
+    values.push_back(std::wstring(16383, L'x'));
+    createSubkeys(keys);
+    for (const std::wstring& name : values)
+        ASSERT_EQ(ERROR_SUCCESS, setDword(base.get(), name.c_str(), 1));
+
+    EXPECT_EQ(sorted(keys), sorted(subkeyNames(base.get())));
+    EXPECT_EQ(sorted(values), sorted(valueNames(base.get())));
+    for (const std::wstring& name : keys) {
+        std::wstring upper = name;
+        std::transform(upper.begin(), upper.end(), upper.begin(), [](wchar_t c) { return c == L'k' ? L'K' : c; });
+        ScopedKey key;
+        EXPECT_EQ(ERROR_SUCCESS, openKey(base.get(), upper, key));
+    }
+}
+
+TEST_F(RegistryEnumeration, ShortNameBuffersGiveMoreData)
+{
+    createSubkeys({L"Seven77"});
+    ASSERT_EQ(ERROR_SUCCESS, setDword(base.get(), L"Five5", 1));
+    wchar_t name[16];
+
+    DWORD units = 7;  // no room for the terminator
+    EXPECT_EQ(ERROR_MORE_DATA, RegEnumKeyExW(base.get(), 0, name, &units, nullptr, nullptr, nullptr, nullptr));
+    units = 8;
+    ASSERT_EQ(ERROR_SUCCESS, RegEnumKeyExW(base.get(), 0, name, &units, nullptr, nullptr, nullptr, nullptr));
+    EXPECT_EQ(7u, units);
+    EXPECT_EQ(std::wstring(L"Seven77"), std::wstring(name));
+
+    units = 5;
+    EXPECT_EQ(ERROR_MORE_DATA, RegEnumValueW(base.get(), 0, name, &units, nullptr, nullptr, nullptr, nullptr));
+    units = 6;
+    ASSERT_EQ(ERROR_SUCCESS, RegEnumValueW(base.get(), 0, name, &units, nullptr, nullptr, nullptr, nullptr));
+    EXPECT_EQ(5u, units);
+}
+
+TEST_F(RegistryEnumeration, ShortDataBuffersGiveTheSizeNeeded)
+{
+    ASSERT_EQ(ERROR_SUCCESS, setString(base.get(), L"Text", L"twelve chars"));
+    wchar_t name[16];
+    wchar_t data[4];
+    DWORD units = 16, type = 0, size = sizeof(data);
+    EXPECT_EQ(ERROR_MORE_DATA, RegEnumValueW(base.get(), 0, name, &units, nullptr, &type,
+                                             reinterpret_cast<BYTE*>(data), &size));
+    EXPECT_EQ(13 * sizeof(wchar_t), size);
+    EXPECT_EQ(static_cast<DWORD>(REG_SZ), type);
+}
+
+TEST_F(RegistryEnumeration, DeletingAtIndexZeroEmptiesTheKey)
+{
+    createSubkeys(numberedNames(L"Doomed", 30));
+    wchar_t name[64];
+    for (int deleted = 0;; ++deleted) {
+        DWORD units = 64;
+        const LONG status = RegEnumKeyExW(base.get(), 0, name, &units, nullptr, nullptr, nullptr, nullptr);
+        if (status == ERROR_NO_MORE_ITEMS) {
+            EXPECT_EQ(30, deleted);
+            break;
+        }
+        ASSERT_EQ(ERROR_SUCCESS, status);
+        ASSERT_EQ(ERROR_SUCCESS, RegDeleteKeyW(base.get(), name));
+        ASSERT_LT(deleted, 30);
+    }
+}
+
+TEST_F(RegistryEnumeration, KeyInformationCountsAndMeasuresInCharacters)
+{
+    createSubkeys({L"A", L"Longest11ch", L"Mid"});
+    ASSERT_EQ(ERROR_SUCCESS, setDword(base.get(), L"Number", 1));
+    ASSERT_EQ(ERROR_SUCCESS, setString(base.get(), L"TheLongestName", L"0123456789"));  // 11 with terminator
+    const std::vector<BYTE> bytes(20, 1);
+    ASSERT_EQ(ERROR_SUCCESS, RegSetValueExW(base.get(), L"Bytes", 0, REG_BINARY, bytes.data(), 20));
+
+    DWORD subkeys = 0, longestSubkey = 0, longestClass = 9, values = 0, longestValueName = 0, largestData = 0;
+    wchar_t className[8] = L"x";
+    DWORD classUnits = 8;
+    FILETIME written = {0, 0};
+    ASSERT_EQ(ERROR_SUCCESS, RegQueryInfoKeyW(base.get(), className, &classUnits, nullptr, &subkeys, &longestSubkey,
+                                              &longestClass, &values, &longestValueName, &largestData, nullptr,
+                                              &written));
+    EXPECT_EQ(3u, subkeys);
+    EXPECT_EQ(11u, longestSubkey);
+    EXPECT_EQ(3u, values);
+    EXPECT_EQ(14u, longestValueName);
+    EXPECT_EQ(std::max<DWORD>(20, 11 * sizeof(wchar_t)), largestData);
+    EXPECT_EQ(0u, classUnits);
+    EXPECT_EQ(0u, longestClass);
+    EXPECT_NE(0u, written.dwHighDateTime);
+}
+
+}  // namespace
+}  // namespace zettest

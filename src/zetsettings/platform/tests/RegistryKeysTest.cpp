@@ -1,0 +1,239 @@
+// Keys of the registry as Windows has them: creating, opening, names, paths, deleting, handles.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+
+#include "support/TestRegistry.h"
+#include "zetsettings/platform/Win32.h"
+#include "zetsettings/platform/tests/RegistryTestKeys.h"
+
+namespace zettest {
+namespace {
+
+class RegistryKeys : public RegistryTest {
+};
+
+TEST_F(RegistryKeys, CreateMakesEveryMissingLevelAndThenOpensWhatIsThere)
+{
+    ScopedKey base = testKey(L"Create");
+    ScopedKey key;
+    DWORD disposition = 0;
+    ASSERT_EQ(ERROR_SUCCESS, createKey(base.get(), L"One\\Two\\Three", key, KEY_ALL_ACCESS, &disposition));
+    EXPECT_EQ(static_cast<DWORD>(REG_CREATED_NEW_KEY), disposition);
+    ASSERT_EQ(ERROR_SUCCESS, createKey(base.get(), L"One\\Two\\Three", key, KEY_ALL_ACCESS, &disposition));
+    EXPECT_EQ(static_cast<DWORD>(REG_OPENED_EXISTING_KEY), disposition);
+
+    ScopedKey middle;
+    EXPECT_EQ(ERROR_SUCCESS, openKey(base.get(), L"One\\Two", middle));
+    EXPECT_EQ(std::vector<std::wstring>{L"Three"}, subkeyNames(middle.get()));
+}
+
+TEST_F(RegistryKeys, OpeningWhatIsNotThereFailsAndCreatesNothing)
+{
+    ScopedKey base = testKey(L"Absent");
+    ScopedKey key;
+    EXPECT_EQ(ERROR_FILE_NOT_FOUND, openKey(base.get(), L"Missing", key));
+    EXPECT_EQ(ERROR_FILE_NOT_FOUND, openKey(base.get(), L"Missing\\Deeper", key));
+    EXPECT_EQ(nullptr, key.get());
+    EXPECT_TRUE(subkeyNames(base.get()).empty());
+}
+
+TEST_F(RegistryKeys, NamesIgnoreCaseButKeepTheCaseTheyWereCreatedIn)
+{
+    ScopedKey base = testKey(L"Case");
+    ScopedKey key;
+    ASSERT_EQ(ERROR_SUCCESS, createKey(base.get(), L"MixedCase", key));
+    ASSERT_EQ(ERROR_SUCCESS, createKey(base.get(), L"\u00c4rger\u0391\u03a3", key));  // ÄrgerΑΣ
+    DWORD disposition = 0;
+    ASSERT_EQ(ERROR_SUCCESS, createKey(base.get(), L"MIXEDCASE", key, KEY_ALL_ACCESS, &disposition));
+    EXPECT_EQ(static_cast<DWORD>(REG_OPENED_EXISTING_KEY), disposition);
+
+    EXPECT_EQ(ERROR_SUCCESS, openKey(base.get(), L"mixedcase", key));
+    EXPECT_EQ(ERROR_SUCCESS, openKey(base.get(), L"\u00e4RGER\u03b1\u03c3", key));  // äRGERασ
+    std::vector<std::wstring> names = subkeyNames(base.get());
+    std::sort(names.begin(), names.end());
+    EXPECT_EQ((std::vector<std::wstring>{L"MixedCase", L"\u00c4rger\u0391\u03a3"}), names);
+}
+
+TEST_F(RegistryKeys, LettersThatOnlyLookAlikeStayDifferentNames)
+{
+    ScopedKey base = testKey(L"LookAlike");
+    ScopedKey key;
+    DWORD disposition = 0;
+    // Dotless i, long s and final sigma have upper-case forms, but Windows does not fold them.
+    for (const wchar_t* name : {L"Ix", L"\u0131x", L"Sx", L"\u017fx", L"\u03a3x", L"\u03c2x"}) {
+        ASSERT_EQ(ERROR_SUCCESS, createKey(base.get(), name, key, KEY_ALL_ACCESS, &disposition));
+        EXPECT_EQ(static_cast<DWORD>(REG_CREATED_NEW_KEY), disposition) << "creating a key named like another";
+    }
+    EXPECT_EQ(6u, subkeyNames(base.get()).size());
+}
+
+TEST_F(RegistryKeys, AnEmptyOrMissingSubkeyNamesTheKeyItself)
+{
+    ScopedKey base = testKey(L"Self");
+    ScopedKey again, againByNull;
+    ASSERT_EQ(ERROR_SUCCESS, openKey(base.get(), L"", again));
+    ASSERT_EQ(ERROR_SUCCESS, RegOpenKeyExW(base.get(), nullptr, 0, KEY_ALL_ACCESS, againByNull.out()));
+    ASSERT_EQ(ERROR_SUCCESS, setDword(again.get(), L"Shared", 7));
+    DWORD value = 0;
+    EXPECT_EQ(ERROR_SUCCESS, getDword(againByNull.get(), L"Shared", value));
+    EXPECT_EQ(7u, value);
+    base.reset();  // the other handles are handles of their own
+    EXPECT_EQ(ERROR_SUCCESS, getDword(again.get(), L"Shared", value));
+}
+
+TEST_F(RegistryKeys, PathsTakeTrailingButNotLeadingBackslashes)
+{
+    ScopedKey base = testKey(L"Paths");
+    ScopedKey key;
+    EXPECT_EQ(ERROR_SUCCESS, createKey(base.get(), L"Trailing\\", key));
+    EXPECT_EQ(ERROR_SUCCESS, openKey(base.get(), L"Trailing", key));
+    EXPECT_EQ(ERROR_BAD_PATHNAME, createKey(base.get(), L"\\Leading", key));
+    EXPECT_EQ(ERROR_BAD_PATHNAME, openKey(base.get(), L"\\Trailing", key));
+    EXPECT_EQ(ERROR_BAD_PATHNAME, RegDeleteKeyW(base.get(), L"\\Trailing"));
+    EXPECT_EQ(std::vector<std::wstring>{L"Trailing"}, subkeyNames(base.get()));
+}
+
+TEST_F(RegistryKeys, KeyNamesOf255UnitsAreFineAndMuchLongerOnesRefused)
+{
+    ScopedKey base = testKey(L"Lengths");
+    ScopedKey key;
+    const std::wstring longest(255, L'k');
+    ASSERT_EQ(ERROR_SUCCESS, createKey(base.get(), longest, key));
+    EXPECT_EQ(ERROR_SUCCESS, openKey(base.get(), std::wstring(255, L'K'), key));
+    EXPECT_EQ(std::vector<std::wstring>{longest}, subkeyNames(base.get()));
+
+    const std::wstring tooLong(257, L'k');
+    EXPECT_EQ(ERROR_INVALID_PARAMETER, createKey(base.get(), tooLong, key));
+    EXPECT_EQ(ERROR_INVALID_PARAMETER, openKey(base.get(), tooLong, key));
+    EXPECT_EQ(std::vector<std::wstring>{longest}, subkeyNames(base.get()));
+    // Whether the levels before the long name are made first is not the same everywhere.
+    EXPECT_EQ(ERROR_INVALID_PARAMETER, createKey(base.get(), L"Fine\\" + tooLong, key));
+}
+
+TEST_F(RegistryKeys, DeletingTakesOnlyKeysWithoutSubkeys)
+{
+    ScopedKey base = testKey(L"Delete");
+    ScopedKey key;
+    ASSERT_EQ(ERROR_SUCCESS, createKey(base.get(), L"Parent\\Child", key));
+    ASSERT_EQ(ERROR_SUCCESS, setDword(key.get(), L"Value", 1));
+    key.reset();
+
+    EXPECT_EQ(ERROR_ACCESS_DENIED, RegDeleteKeyW(base.get(), L"Parent"));
+    EXPECT_EQ(ERROR_SUCCESS, RegDeleteKeyW(base.get(), L"PARENT\\child"));
+    EXPECT_EQ(ERROR_FILE_NOT_FOUND, openKey(base.get(), L"Parent\\Child", key));
+    EXPECT_EQ(ERROR_FILE_NOT_FOUND, RegDeleteKeyW(base.get(), L"Parent\\Child"));
+    EXPECT_EQ(ERROR_SUCCESS, RegDeleteKeyW(base.get(), L"Parent"));
+    EXPECT_EQ(ERROR_INVALID_PARAMETER, RegDeleteKeyW(base.get(), nullptr));
+    EXPECT_TRUE(subkeyNames(base.get()).empty());
+
+    // Recreated, the key is a new one: the deleted key's values are gone with it.
+    ASSERT_EQ(ERROR_SUCCESS, createKey(base.get(), L"Parent\\Child", key));
+    DWORD value = 0;
+    EXPECT_EQ(ERROR_FILE_NOT_FOUND, getDword(key.get(), L"Value", value));
+}
+
+TEST_F(RegistryKeys, AKeyCanDeleteItselfAndItsHandlesThenReportIt)
+{
+    ScopedKey base = testKey(L"Deleted");
+    ScopedKey doomed, other;
+    ASSERT_EQ(ERROR_SUCCESS, createKey(base.get(), L"Doomed", doomed));
+    ASSERT_EQ(ERROR_SUCCESS, openKey(base.get(), L"Doomed", other));
+    ASSERT_EQ(ERROR_SUCCESS, RegDeleteKeyW(doomed.get(), L""));
+
+    DWORD value = 0;
+    wchar_t name[32];
+    DWORD units = 32;
+    ScopedKey key;
+    EXPECT_EQ(ERROR_KEY_DELETED, getDword(other.get(), L"Any", value));
+    EXPECT_EQ(ERROR_KEY_DELETED, setDword(other.get(), L"Any", 1));
+    EXPECT_EQ(ERROR_KEY_DELETED, RegDeleteValueW(other.get(), L"Any"));
+    EXPECT_EQ(ERROR_KEY_DELETED, RegEnumKeyExW(other.get(), 0, name, &units, nullptr, nullptr, nullptr, nullptr));
+    EXPECT_EQ(ERROR_KEY_DELETED, RegEnumValueW(other.get(), 0, name, &units, nullptr, nullptr, nullptr, nullptr));
+    EXPECT_EQ(ERROR_KEY_DELETED, openKey(other.get(), L"", key));
+    EXPECT_EQ(ERROR_KEY_DELETED, createKey(other.get(), L"Below", key));
+    EXPECT_EQ(ERROR_SUCCESS, RegCloseKey(other.release()));
+    EXPECT_TRUE(subkeyNames(base.get()).empty());
+}
+
+TEST_F(RegistryKeys, DeletingATreeTakesEverythingBelowIt)
+{
+    ScopedKey base = testKey(L"Tree");
+    ScopedKey key;
+    for (const wchar_t* path : {L"Top\\A\\A1", L"Top\\A\\A2", L"Top\\B", L"Top\\C\\C1\\C2"}) {
+        ASSERT_EQ(ERROR_SUCCESS, createKey(base.get(), path, key));
+        ASSERT_EQ(ERROR_SUCCESS, setDword(key.get(), L"V", 1));
+    }
+    ScopedKey top;
+    ASSERT_EQ(ERROR_SUCCESS, openKey(base.get(), L"Top", top));
+    ASSERT_EQ(ERROR_SUCCESS, setDword(top.get(), L"OnTop", 1));
+
+    // Without a subkey the key itself stays, emptied.
+    ASSERT_EQ(ERROR_SUCCESS, RegDeleteTreeW(top.get(), nullptr));
+    EXPECT_TRUE(subkeyNames(top.get()).empty());
+    EXPECT_TRUE(valueNames(top.get()).empty());
+    EXPECT_EQ(std::vector<std::wstring>{L"Top"}, subkeyNames(base.get()));
+
+    ASSERT_EQ(ERROR_SUCCESS, createKey(base.get(), L"Top\\Again\\Deeper", key));
+    ASSERT_EQ(ERROR_SUCCESS, RegDeleteTreeW(base.get(), L"Top"));
+    EXPECT_TRUE(subkeyNames(base.get()).empty());
+    EXPECT_EQ(ERROR_FILE_NOT_FOUND, RegDeleteTreeW(base.get(), L"Top"));
+}
+
+TEST_F(RegistryKeys, HandlesThatAreNotOpenAreRefused)
+{
+    ScopedKey base = testKey(L"Handles");
+    HKEY key = nullptr;
+    ASSERT_EQ(ERROR_SUCCESS, RegOpenKeyExW(base.get(), nullptr, 0, KEY_READ, &key));
+    EXPECT_EQ(ERROR_SUCCESS, RegCloseKey(key));
+    EXPECT_EQ(ERROR_INVALID_HANDLE, RegCloseKey(key));
+    EXPECT_EQ(ERROR_INVALID_HANDLE, RegCloseKey(nullptr));
+    DWORD value = 0;
+    EXPECT_EQ(ERROR_INVALID_HANDLE, getDword(key, L"Any", value));
+
+    // Closing a predefined key does nothing to it.
+    EXPECT_EQ(ERROR_SUCCESS, RegCloseKey(HKEY_LOCAL_MACHINE));
+    ScopedKey again;
+    EXPECT_EQ(ERROR_SUCCESS, openKey(HKEY_LOCAL_MACHINE, kTestRoot, again));
+}
+
+TEST_F(RegistryKeys, HandlesCarryOnlyTheRightsTheyWereOpenedWith)
+{
+    ScopedKey base = testKey(L"Rights");
+    ASSERT_EQ(ERROR_SUCCESS, setDword(base.get(), L"Value", 5));
+
+    ScopedKey reader;
+    ASSERT_EQ(ERROR_SUCCESS, openKey(HKEY_LOCAL_MACHINE, std::wstring(kTestRoot) + L"\\Rights", reader, KEY_READ));
+    DWORD value = 0;
+    EXPECT_EQ(ERROR_SUCCESS, getDword(reader.get(), L"Value", value));
+    EXPECT_EQ(ERROR_ACCESS_DENIED, setDword(reader.get(), L"Value", 6));
+    EXPECT_EQ(ERROR_ACCESS_DENIED, RegDeleteValueW(reader.get(), L"Value"));
+
+    ScopedKey writer;
+    ASSERT_EQ(ERROR_SUCCESS, openKey(base.get(), L"", writer, KEY_SET_VALUE));
+    EXPECT_EQ(ERROR_SUCCESS, setDword(writer.get(), L"Value", 6));
+    EXPECT_EQ(ERROR_ACCESS_DENIED, getDword(writer.get(), L"Value", value));
+    wchar_t name[16];
+    DWORD units = 16;
+    EXPECT_EQ(ERROR_ACCESS_DENIED, RegEnumKeyExW(writer.get(), 0, name, &units, nullptr, nullptr, nullptr, nullptr));
+
+    EXPECT_EQ(ERROR_SUCCESS, getDword(reader.get(), L"Value", value));
+    EXPECT_EQ(6u, value);
+}
+
+TEST_F(RegistryKeys, PredefinedRootsAreSeparateTrees)
+{
+    ScopedKey machine = testKey(L"Roots", HKEY_LOCAL_MACHINE);
+    ScopedKey user = testKey(L"Roots", HKEY_CURRENT_USER);
+    ASSERT_EQ(ERROR_SUCCESS, setDword(machine.get(), L"Where", 1));
+    ASSERT_EQ(ERROR_SUCCESS, setDword(user.get(), L"Where", 2));
+    DWORD value = 0;
+    EXPECT_EQ(ERROR_SUCCESS, getDword(machine.get(), L"Where", value));
+    EXPECT_EQ(1u, value);
+    EXPECT_EQ(ERROR_SUCCESS, getDword(user.get(), L"Where", value));
+    EXPECT_EQ(2u, value);
+}
+
+}  // namespace
+}  // namespace zettest

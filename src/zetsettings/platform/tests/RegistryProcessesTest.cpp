@@ -1,0 +1,186 @@
+// The registry as every process of the machine shares it: what one process writes, others
+// read, also after it ended or was killed; writers in several processes lose nothing.
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cstdio>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "support/ChildProcess.h"
+#include "support/ChildScenario.h"
+#include "support/TestRegistry.h"
+#include "zetsettings/platform/Win32.h"
+#include "zetsettings/platform/tests/RegistryTestKeys.h"
+
+namespace zettest {
+namespace {
+
+const wchar_t kSharedKey[] = L"Software\\ZetRegistryTests\\Shared";
+const DWORD kRoundValues = 8;
+const DWORD kRoundValueWords = 128;
+
+std::wstring widen(const std::string& text)
+{
+    return std::wstring(text.begin(), text.end());
+}
+
+std::wstring numberedValue(const std::string& prefix, int number)
+{
+    return widen(prefix) + std::to_wstring(number);
+}
+
+int failed(const char* what, LONG status)
+{
+    std::fprintf(stderr, "%s failed: %ld\n", what, static_cast<long>(status));
+    return 1;
+}
+
+// args: value prefix, count. Writes prefix0..prefixN-1 = 0..N-1 and a subkey named by prefix.
+ZET_CHILD_SCENARIO(registry_write_numbers)
+{
+    ScopedKey key;
+    LONG status = createKey(HKEY_LOCAL_MACHINE, kSharedKey, key);
+    if (status != ERROR_SUCCESS)
+        return failed("create", status);
+    const int count = std::stoi(args.at(1));
+    for (int i = 0; i < count; ++i) {
+        status = setDword(key.get(), numberedValue(args.at(0), i).c_str(), static_cast<DWORD>(i));
+        if (status != ERROR_SUCCESS)
+            return failed("set", status);
+    }
+    ScopedKey subkey;
+    status = createKey(key.get(), widen(args.at(0)), subkey);
+    return status == ERROR_SUCCESS ? 0 : failed("create subkey", status);
+}
+
+// args: value prefix, count. Exits 0 when every number is there.
+ZET_CHILD_SCENARIO(registry_check_numbers)
+{
+    ScopedKey key;
+    LONG status = openKey(HKEY_LOCAL_MACHINE, kSharedKey, key, KEY_READ);
+    if (status != ERROR_SUCCESS)
+        return failed("open", status);
+    const int count = std::stoi(args.at(1));
+    for (int i = 0; i < count; ++i) {
+        DWORD value = 0;
+        status = getDword(key.get(), numberedValue(args.at(0), i).c_str(), value);
+        if (status != ERROR_SUCCESS)
+            return failed("query", status);
+        if (value != static_cast<DWORD>(i))
+            return 2;
+    }
+    return 0;
+}
+
+// Rewrites the values Round0..Round7 with the round's number, round after round, until killed.
+ZET_CHILD_SCENARIO(registry_rewrite_rounds)
+{
+    ScopedKey key;
+    LONG status = createKey(HKEY_LOCAL_MACHINE, kSharedKey, key);
+    if (status != ERROR_SUCCESS)
+        return failed("create", status);
+    for (DWORD round = 1;; ++round) {
+        const std::vector<DWORD> words(kRoundValueWords, round);
+        for (DWORD i = 0; i < kRoundValues; ++i) {
+            status = RegSetValueExW(key.get(), numberedValue("Round", i).c_str(), 0, REG_BINARY,
+                                    reinterpret_cast<const BYTE*>(words.data()),
+                                    static_cast<DWORD>(words.size() * sizeof(DWORD)));
+            if (status != ERROR_SUCCESS)
+                return failed("set", status);
+        }
+        status = setDword(key.get(), L"Rounds", round);
+        if (status != ERROR_SUCCESS)
+            return failed("set rounds", status);
+    }
+}
+
+DWORD completedRounds()
+{
+    ScopedKey key;
+    DWORD rounds = 0;
+    if (openKey(HKEY_LOCAL_MACHINE, kSharedKey, key, KEY_READ) == ERROR_SUCCESS)
+        getDword(key.get(), L"Rounds", rounds);
+    return rounds;
+}
+
+// The round a value holds, or 0 if its data is not one round's number throughout.
+DWORD roundOf(HKEY key, DWORD index)
+{
+    std::vector<DWORD> words(kRoundValueWords + 1);
+    DWORD size = static_cast<DWORD>(words.size() * sizeof(DWORD));
+    const LONG status = RegQueryValueExW(key, numberedValue("Round", index).c_str(), nullptr, nullptr,
+                                         reinterpret_cast<BYTE*>(words.data()), &size);
+    if (status != ERROR_SUCCESS || size != kRoundValueWords * sizeof(DWORD))
+        return 0;
+    for (DWORD i = 1; i < kRoundValueWords; ++i) {
+        if (words[i] != words[0])
+            return 0;
+    }
+    return words[0];
+}
+
+class RegistryProcesses : public RegistryTest {
+};
+
+TEST_F(RegistryProcesses, ValuesOutliveTheProcessThatWroteThem)
+{
+    ASSERT_EQ(0, runChild("registry_write_numbers", {"Kept", "20"}));
+    ScopedKey key;
+    ASSERT_EQ(ERROR_SUCCESS, openKey(HKEY_LOCAL_MACHINE, kSharedKey, key, KEY_READ));
+    DWORD value = 0;
+    EXPECT_EQ(ERROR_SUCCESS, getDword(key.get(), L"Kept19", value));
+    EXPECT_EQ(19u, value);
+    EXPECT_EQ(0, runChild("registry_check_numbers", {"Kept", "20"}));
+}
+
+TEST_F(RegistryProcesses, WritersInSeveralProcessesLoseNothing)
+{
+    const int writers = 4;
+    const int each = 30;
+    {
+        std::vector<std::unique_ptr<ChildProcess>> children;
+        for (int i = 0; i < writers; ++i)
+            children.emplace_back(new ChildProcess("registry_write_numbers", {"W" + std::to_string(i) + "-",
+                                                                             std::to_string(each)}));
+        for (auto& child : children)
+            EXPECT_EQ(0, child->wait());
+    }
+    ScopedKey key;
+    ASSERT_EQ(ERROR_SUCCESS, openKey(HKEY_LOCAL_MACHINE, kSharedKey, key, KEY_READ));
+    EXPECT_EQ(static_cast<size_t>(writers * each), valueNames(key.get()).size());
+    EXPECT_EQ(static_cast<size_t>(writers), subkeyNames(key.get()).size());
+    for (int i = 0; i < writers; ++i)
+        EXPECT_EQ(0, runChild("registry_check_numbers", {"W" + std::to_string(i) + "-", std::to_string(each)}));
+}
+
+TEST_F(RegistryProcesses, AWriterKilledAtAnyInstantLeavesEveryValueOldOrNew)
+{
+    {
+        ChildProcess writer("registry_rewrite_rounds");
+        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+        while (completedRounds() < 3 && std::chrono::steady_clock::now() < deadline)
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        ASSERT_GE(completedRounds(), 3u) << "the writer made no progress";
+        writer.killHard();
+        writer.wait();
+    }
+    ScopedKey key;
+    ASSERT_EQ(ERROR_SUCCESS, openKey(HKEY_LOCAL_MACHINE, kSharedKey, key));
+    // Values are written in order, each in one piece: a prefix holds the newest round.
+    const DWORD newest = roundOf(key.get(), 0);
+    ASSERT_NE(0u, newest) << "a value was left half written";
+    for (DWORD i = 1; i < kRoundValues; ++i) {
+        const DWORD round = roundOf(key.get(), i);
+        EXPECT_TRUE(round == newest || round + 1 == newest) << "value " << i << " holds round " << round
+                                                            << " beside round " << newest;
+        EXPECT_LE(round, roundOf(key.get(), i - 1));
+    }
+    // The store takes writes again.
+    EXPECT_EQ(ERROR_SUCCESS, setDword(key.get(), L"After", 1));
+}
+
+}  // namespace
+}  // namespace zettest

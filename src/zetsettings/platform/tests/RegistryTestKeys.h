@@ -1,0 +1,143 @@
+// Helpers of the registry behaviour tests: keys that close themselves and short forms of the
+// calls the tests repeat. Only Win32 functions, so that the tests mean the same under Windows.
+#ifndef ZETSETTINGS_PLATFORM_TESTS_REGISTRYTESTKEYS_H
+#define ZETSETTINGS_PLATFORM_TESTS_REGISTRYTESTKEYS_H
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "zetsettings/platform/Win32.h"
+
+namespace zettest {
+
+// An open key, closed when the object goes.
+class ScopedKey {
+public:
+    ScopedKey() = default;
+    explicit ScopedKey(HKEY key) : m_key(key) {}
+    ~ScopedKey() { reset(); }
+    ScopedKey(ScopedKey&& other) noexcept : m_key(other.m_key) { other.m_key = nullptr; }
+    ScopedKey& operator=(ScopedKey&& other) noexcept
+    {
+        std::swap(m_key, other.m_key);
+        return *this;
+    }
+    ScopedKey(const ScopedKey&) = delete;
+    ScopedKey& operator=(const ScopedKey&) = delete;
+
+    HKEY get() const { return m_key; }
+    HKEY release()
+    {
+        HKEY key = m_key;
+        m_key = nullptr;
+        return key;
+    }
+    HKEY* out()
+    {
+        reset();
+        return &m_key;
+    }
+    void reset()
+    {
+        if (m_key)
+            RegCloseKey(m_key);
+        m_key = nullptr;
+    }
+
+private:
+    HKEY m_key = nullptr;
+};
+
+// The tests' own place in the machine's registry.
+const wchar_t kTestRoot[] = L"Software\\ZetRegistryTests";
+
+inline LONG createKey(HKEY parent, const std::wstring& path, ScopedKey& key, REGSAM access = KEY_ALL_ACCESS,
+                      DWORD* disposition = nullptr)
+{
+    return RegCreateKeyExW(parent, path.c_str(), 0, nullptr, 0, access, nullptr, key.out(), disposition);
+}
+
+inline LONG openKey(HKEY parent, const std::wstring& path, ScopedKey& key, REGSAM access = KEY_ALL_ACCESS)
+{
+    return RegOpenKeyExW(parent, path.c_str(), 0, access, key.out());
+}
+
+// A fresh key below the tests' root, created or the test fails.
+inline ScopedKey testKey(const std::wstring& name, HKEY root = HKEY_LOCAL_MACHINE)
+{
+    ScopedKey key;
+    const LONG status = createKey(root, std::wstring(kTestRoot) + L"\\" + name, key);
+    EXPECT_EQ(ERROR_SUCCESS, status) << "creating the test key";
+    return key;
+}
+
+inline LONG setDword(HKEY key, const wchar_t* name, DWORD value)
+{
+    return RegSetValueExW(key, name, 0, REG_DWORD, reinterpret_cast<const BYTE*>(&value), sizeof(value));
+}
+
+inline LONG getDword(HKEY key, const wchar_t* name, DWORD& value)
+{
+    DWORD type = 0;
+    DWORD size = sizeof(value);
+    const LONG status = RegQueryValueExW(key, name, nullptr, &type, reinterpret_cast<BYTE*>(&value), &size);
+    if (status == ERROR_SUCCESS && (type != REG_DWORD || size != sizeof(value)))
+        return ERROR_INVALID_DATA;
+    return status;
+}
+
+inline LONG setString(HKEY key, const wchar_t* name, const std::wstring& text, DWORD type = REG_SZ)
+{
+    return RegSetValueExW(key, name, 0, type, reinterpret_cast<const BYTE*>(text.c_str()),
+                          static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t)));
+}
+
+// The value's data as wide units, terminator included as stored.
+inline LONG getWide(HKEY key, const wchar_t* name, std::wstring& data, DWORD* type = nullptr)
+{
+    DWORD size = 0;
+    LONG status = RegQueryValueExW(key, name, nullptr, type, nullptr, &size);
+    if (status != ERROR_SUCCESS)
+        return status;
+    std::vector<wchar_t> buffer(size / sizeof(wchar_t) + 1);
+    status = RegQueryValueExW(key, name, nullptr, type, reinterpret_cast<BYTE*>(buffer.data()), &size);
+    if (status == ERROR_SUCCESS)
+        data.assign(buffer.data(), size / sizeof(wchar_t));
+    return status;
+}
+
+inline std::vector<std::wstring> subkeyNames(HKEY key)
+{
+    std::vector<std::wstring> names;
+    std::vector<wchar_t> buffer(256);
+    for (DWORD index = 0;; ++index) {
+        DWORD units = static_cast<DWORD>(buffer.size());
+        const LONG status = RegEnumKeyExW(key, index, buffer.data(), &units, nullptr, nullptr, nullptr, nullptr);
+        if (status != ERROR_SUCCESS) {
+            EXPECT_EQ(ERROR_NO_MORE_ITEMS, status);
+            return names;
+        }
+        names.emplace_back(buffer.data(), units);
+    }
+}
+
+inline std::vector<std::wstring> valueNames(HKEY key)
+{
+    std::vector<std::wstring> names;
+    std::vector<wchar_t> buffer(16384);
+    for (DWORD index = 0;; ++index) {
+        DWORD units = static_cast<DWORD>(buffer.size());
+        const LONG status = RegEnumValueW(key, index, buffer.data(), &units, nullptr, nullptr, nullptr, nullptr);
+        if (status != ERROR_SUCCESS) {
+            EXPECT_EQ(ERROR_NO_MORE_ITEMS, status);
+            return names;
+        }
+        names.emplace_back(buffer.data(), units);
+    }
+}
+
+}  // namespace zettest
+
+#endif
