@@ -16,7 +16,24 @@ std::wstring widen(const std::string& text)
     return std::wstring(text.begin(), text.end());
 }
 
-void redirect(const std::wstring& root)
+// Wine's data protection looks up its crypto providers under HKLM; the redirected machine root
+// needs its own copy of them, or every encryption fails with NTE_KEYSET_NOT_DEF.
+void copyCryptoProviders(HKEY machine)
+{
+    const wchar_t kCryptography[] = L"SOFTWARE\\Microsoft\\Cryptography";
+    HKEY source = nullptr;
+    HKEY target = nullptr;
+    if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, kCryptography, 0, KEY_READ, &source) != ERROR_SUCCESS)
+        return;
+    if (RegCreateKeyExW(machine, kCryptography, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &target, nullptr) ==
+        ERROR_SUCCESS) {
+        RegCopyTreeW(source, nullptr, target);
+        RegCloseKey(target);
+    }
+    RegCloseKey(source);
+}
+
+void redirect(const std::wstring& root, bool fresh)
 {
     HKEY machine = nullptr;
     HKEY user = nullptr;
@@ -25,6 +42,8 @@ void redirect(const std::wstring& root)
         RegCreateKeyExW(HKEY_CURRENT_USER, (root + L"\\user").c_str(), 0, nullptr, 0, KEY_ALL_ACCESS,
                         nullptr, &user, nullptr) != ERROR_SUCCESS)
         throw std::runtime_error("cannot create the test registry");
+    if (fresh)
+        copyCryptoProviders(machine);
     RegOverridePredefKey(HKEY_LOCAL_MACHINE, machine);
     RegOverridePredefKey(HKEY_CURRENT_USER, user);
     RegCloseKey(machine);
@@ -38,7 +57,7 @@ TestRegistry::TestRegistry()
     static std::atomic<unsigned> counter(0);
     m_root = "Software\\zetsettings-tests\\" + std::to_string(GetCurrentProcessId()) + "-" +
              std::to_string(counter++);
-    redirect(widen(m_root));
+    redirect(widen(m_root), true);
     SetEnvironmentVariableW(kEnvironmentName, widen(m_root).c_str());
 }
 
@@ -59,7 +78,7 @@ void TestRegistry::adoptInChild()
 {
     wchar_t root[512];
     if (GetEnvironmentVariableW(kEnvironmentName, root, 512) > 0)
-        redirect(root);
+        redirect(root, false);
 }
 
 }  // namespace zettest

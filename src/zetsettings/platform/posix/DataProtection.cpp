@@ -1,0 +1,133 @@
+// CryptProtectData and CryptUnprotectData, machine scope only: the blob is sealed under the
+// machine key of the current store (MachineKey, ProtectedBlob). User scope (no
+// CRYPTPROTECT_LOCAL_MACHINE) is refused with ERROR_NOT_SUPPORTED rather than quietly given
+// machine scope, which any user of the store could open. There is no UI, so prompt structures
+// are ignored. On failure the output blob is empty and null.
+#include <sodium.h>
+
+#include <cstdlib>
+#include <exception>
+
+#include "zetsettings/platform/posix/MachineKey.h"
+#include "zetsettings/platform/posix/ProtectedBlob.h"
+#include "zetsettings/platform/posix/StoreLocation.h"
+#include "zetsettings/platform/posix/Win32Portable.h"
+#include "zetsettings/platform/posix/registry/WideText.h"
+
+using zet::portable::MachineKey;
+using zet::portable::ProtectedBlob;
+
+namespace {
+
+BOOL fail(DWORD error, DATA_BLOB* out)
+{
+    if (out) {
+        out->cbData = 0;
+        out->pbData = nullptr;
+    }
+    SetLastError(error);
+    return FALSE;
+}
+
+bool isValid(const DATA_BLOB* blob)
+{
+    return blob && (blob->cbData == 0 || blob->pbData);
+}
+
+// Absent entropy and empty entropy are the same.
+DATA_BLOB entropyOf(const DATA_BLOB* optional)
+{
+    DATA_BLOB entropy = {0, nullptr};
+    if (optional)
+        entropy = *optional;
+    return entropy;
+}
+
+// The caller's copy of the description, for LocalFree.
+DWORD handOutDescription(const std::u16string& description, LPWSTR* out)
+{
+    using zet::portable::registry::WideText;
+    const std::size_t units = WideText::callerUnits(description.data(), description.size());
+    WCHAR* text = static_cast<WCHAR*>(std::malloc((units + 1) * sizeof(WCHAR)));
+    if (!text)
+        return ERROR_NOT_ENOUGH_MEMORY;
+    WideText::toCaller(description.data(), description.size(), text);
+    text[units] = 0;
+    *out = text;
+    return ERROR_SUCCESS;
+}
+
+DWORD protect(const DATA_BLOB& data, LPCWSTR description, const DATA_BLOB& entropy, DATA_BLOB& out)
+{
+    MachineKey key;
+    const DWORD loaded = key.loadOrCreate(zet::portable::machineKeyPath(zet::portable::storeDirectory()));
+    if (loaded != ERROR_SUCCESS)
+        return loaded;
+    return ProtectedBlob::seal(key, zet::portable::registry::WideText::toUtf16(description), data, entropy, out);
+}
+
+DWORD unprotect(const DATA_BLOB& blob, const DATA_BLOB& entropy, LPWSTR* description, DATA_BLOB& out)
+{
+    MachineKey key;
+    const DWORD loaded = key.load(zet::portable::machineKeyPath(zet::portable::storeDirectory()));
+    if (loaded != ERROR_SUCCESS)
+        return loaded;
+    std::u16string text;
+    const DWORD opened = ProtectedBlob::open(key, blob, entropy, text, out);
+    if (opened != ERROR_SUCCESS || !description)
+        return opened;
+    const DWORD handed = handOutDescription(text, description);
+    if (handed != ERROR_SUCCESS) {
+        sodium_memzero(out.pbData, out.cbData);
+        std::free(out.pbData);
+    }
+    return handed;
+}
+
+}  // namespace
+
+extern "C" {
+
+BOOL CryptProtectData(DATA_BLOB* pDataIn, LPCWSTR szDataDescr, DATA_BLOB* pOptionalEntropy, PVOID, PVOID,
+                      DWORD dwFlags, DATA_BLOB* pDataOut)
+{
+    if (!isValid(pDataIn) || !pDataOut || (pOptionalEntropy && !isValid(pOptionalEntropy)))
+        return fail(ERROR_INVALID_PARAMETER, pDataOut);
+    if (!(dwFlags & CRYPTPROTECT_LOCAL_MACHINE))
+        return fail(ERROR_NOT_SUPPORTED, pDataOut);
+    if (sodium_init() < 0)
+        return fail(ERROR_NOT_SUPPORTED, pDataOut);
+    try {
+        DATA_BLOB out = {0, nullptr};
+        const DWORD result = protect(*pDataIn, szDataDescr, entropyOf(pOptionalEntropy), out);
+        if (result != ERROR_SUCCESS)
+            return fail(result, pDataOut);
+        *pDataOut = out;
+        return TRUE;
+    } catch (const std::exception&) {
+        return fail(ERROR_NOT_ENOUGH_MEMORY, pDataOut);
+    }
+}
+
+BOOL CryptUnprotectData(DATA_BLOB* pDataIn, LPWSTR* ppszDataDescr, DATA_BLOB* pOptionalEntropy, PVOID, PVOID,
+                        DWORD, DATA_BLOB* pDataOut)
+{
+    if (ppszDataDescr)
+        *ppszDataDescr = nullptr;
+    if (!isValid(pDataIn) || !pDataOut || (pOptionalEntropy && !isValid(pOptionalEntropy)))
+        return fail(ERROR_INVALID_PARAMETER, pDataOut);
+    if (sodium_init() < 0)
+        return fail(ERROR_NOT_SUPPORTED, pDataOut);
+    try {
+        DATA_BLOB out = {0, nullptr};
+        const DWORD result = unprotect(*pDataIn, entropyOf(pOptionalEntropy), ppszDataDescr, out);
+        if (result != ERROR_SUCCESS)
+            return fail(result, pDataOut);
+        *pDataOut = out;
+        return TRUE;
+    } catch (const std::exception&) {
+        return fail(ERROR_NOT_ENOUGH_MEMORY, pDataOut);
+    }
+}
+
+}  // extern "C"

@@ -1,0 +1,72 @@
+// The file that carries a named mutex between the processes of one store.
+//
+// One file per mutex name, inside the store directory, named by fileName(). The lock is an
+// flock() on a descriptor opened once per process and store, with O_CLOEXEC, and kept open while
+// held: flock belongs to the open file description, so no other close() in the process can drop
+// it (as one would a classic fcntl lock), and the kernel drops it when the holder dies.
+//
+// Abandonment: while held, the first byte of the file is '1'; a clean release writes '0'. A
+// holder that dies leaves '1' behind, so the next owner learns that the mutex was abandoned. A
+// process that may only read the file (another user's store) can lock it, but neither marks
+// nor reports abandonment.
+//
+// Not thread-safe: the in-process mutex lets only its claiming or owning thread in here.
+#ifndef ZETSETTINGS_PLATFORM_POSIX_LOCKFILE_H
+#define ZETSETTINGS_PLATFORM_POSIX_LOCKFILE_H
+
+#include <sys/types.h>
+
+#include <string>
+
+#include "zetsettings/platform/posix/Deadline.h"
+#include "zetsettings/platform/posix/Win32Portable.h"
+
+namespace zet {
+namespace portable {
+
+class LockFile {
+public:
+    enum class Outcome { Acquired, Abandoned, TimedOut, Failed };
+
+    LockFile() = default;
+    // Drops a lock still held, as a clean release.
+    ~LockFile();
+
+    LockFile(const LockFile&) = delete;
+    LockFile& operator=(const LockFile&) = delete;
+
+    // Locks the file of `name` in the store `directory`, making both if missing. On Failed,
+    // `error` holds the Windows error.
+    Outcome lock(const std::string& directory, const std::wstring& name, const Deadline& deadline,
+                 DWORD& error);
+    void unlock();
+    // In the child of a fork: the descriptor is the parent's open file description, and so is
+    // any lock on it. Let go of it without touching the lock.
+    void forgetAfterFork();
+
+    // The file name for a mutex name: letters, digits, '-' and '_' kept, every other character
+    // as '~' and eight hex digits, so nothing can leave the directory and distinct names never
+    // meet; names whose encoding is too long for a file name go by a hash.
+    static std::string fileName(const std::wstring& name);
+
+private:
+    DWORD openFor(const std::string& directory, const std::string& path);
+    bool stillNamedBy(const std::string& path) const;
+    bool take(const Deadline& deadline, DWORD& error);
+    void markHeld(bool held);
+    bool wasLeftHeld() const;
+    void closeFile();
+
+    int m_fd = -1;
+    bool m_writable = false;
+    bool m_locked = false;
+    pid_t m_pid = 0;
+    dev_t m_device = 0;
+    ino_t m_inode = 0;
+    std::string m_path;
+};
+
+}  // namespace portable
+}  // namespace zet
+
+#endif

@@ -1,0 +1,159 @@
+#include "zetsettings/platform/posix/MachineKey.h"
+
+#include <errno.h>
+#include <fcntl.h>
+#include <stdio.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "zetsettings/platform/posix/StoreLocation.h"
+#include "zetsettings/platform/posix/SystemError.h"
+
+namespace zet {
+namespace portable {
+namespace {
+
+bool isTrusted(const struct stat& info)
+{
+    const bool ownerOk = info.st_uid == 0 || info.st_uid == geteuid();
+    return S_ISREG(info.st_mode) && ownerOk && (info.st_mode & (S_IRWXG | S_IRWXO)) == 0;
+}
+
+std::string parentOf(const std::string& path)
+{
+    const std::string::size_type slash = path.rfind('/');
+    if (slash == std::string::npos)
+        return ".";
+    return slash == 0 ? "/" : path.substr(0, slash);
+}
+
+bool writeAll(int fd, const unsigned char* bytes, std::size_t size)
+{
+    while (size > 0) {
+        const ssize_t written = write(fd, bytes, size);
+        if (written < 0 && errno == EINTR)
+            continue;
+        if (written <= 0)
+            return false;
+        bytes += written;
+        size -= static_cast<std::size_t>(written);
+    }
+    return true;
+}
+
+// Without the directory's own sync, a crash could lose the name of a key already in use.
+void syncDirectory(const std::string& directory)
+{
+    const int fd = open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (fd < 0)
+        return;
+    fsync(fd);
+    close(fd);
+}
+
+// Places the candidate under the key's name unless a key is there already. link() never
+// replaces; rename with RENAME_NOREPLACE serves file systems without hard links.
+int placeWithoutReplacing(const std::string& temporary, const std::string& path)
+{
+    if (link(temporary.c_str(), path.c_str()) == 0)
+        return 0;
+    const int linkError = errno;
+    if (linkError != EPERM && linkError != ENOTSUP && linkError != ENOSYS)
+        return linkError;
+    if (renameat2(AT_FDCWD, temporary.c_str(), AT_FDCWD, path.c_str(), RENAME_NOREPLACE) == 0)
+        return 0;
+    return errno;
+}
+
+}  // namespace
+
+MachineKey::MachineKey() : m_bytes() {}
+
+MachineKey::~MachineKey()
+{
+    sodium_memzero(m_bytes, sizeof(m_bytes));
+}
+
+DWORD MachineKey::load(const std::string& path)
+{
+    const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW);
+    if (fd < 0)
+        return win32ErrorFromErrno(errno);
+    const DWORD result = readFrom(fd);
+    close(fd);
+    return result;
+}
+
+DWORD MachineKey::loadOrCreate(const std::string& path)
+{
+    const DWORD loaded = load(path);
+    if (loaded != ERROR_FILE_NOT_FOUND)
+        return loaded;
+    return create(path);
+}
+
+DWORD MachineKey::readFrom(int fd)
+{
+    struct stat info;
+    if (fstat(fd, &info) != 0 || !isTrusted(info))
+        return ERROR_ACCESS_DENIED;
+    if (info.st_size != static_cast<off_t>(kSize))
+        return ERROR_INVALID_DATA;
+    std::size_t got = 0;
+    while (got < kSize) {
+        const ssize_t read_ = read(fd, m_bytes + got, kSize - got);
+        if (read_ < 0 && errno == EINTR)
+            continue;
+        if (read_ < 0)
+            return win32ErrorFromErrno(errno);
+        if (read_ == 0)
+            return ERROR_INVALID_DATA;
+        got += static_cast<std::size_t>(read_);
+    }
+    return ERROR_SUCCESS;
+}
+
+DWORD MachineKey::create(const std::string& path)
+{
+    const std::string directory = parentOf(path);
+    if (const int failure = ensureStoreDirectory(directory))
+        return win32ErrorFromErrno(failure);
+    char suffix[64];
+    snprintf(suffix, sizeof(suffix), ".new-%ld-%08x", static_cast<long>(getpid()), randombytes_random());
+    const std::string temporary = path + suffix;
+
+    randombytes_buf(m_bytes, sizeof(m_bytes));
+    DWORD result = writeCandidate(temporary);
+    if (result == ERROR_SUCCESS) {
+        const int placed = placeWithoutReplacing(temporary, path);
+        if (placed == 0)
+            syncDirectory(directory);
+        else
+            result = placed == EEXIST ? ERROR_ALREADY_EXISTS : win32ErrorFromErrno(placed);
+    }
+    unlink(temporary.c_str());
+    if (result == ERROR_ALREADY_EXISTS) {
+        // Another process placed its key first: that one is the machine's.
+        sodium_memzero(m_bytes, sizeof(m_bytes));
+        return load(path);
+    }
+    if (result != ERROR_SUCCESS)
+        sodium_memzero(m_bytes, sizeof(m_bytes));
+    return result;
+}
+
+DWORD MachineKey::writeCandidate(const std::string& temporary)
+{
+    const int fd = open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0600);
+    if (fd < 0)
+        return win32ErrorFromErrno(errno);
+    // Owner only, whatever the umask: a key that others could read would protect nothing.
+    fchmod(fd, 0600);
+    const bool written = writeAll(fd, m_bytes, sizeof(m_bytes)) && fsync(fd) == 0;
+    const int error = errno;
+    close(fd);
+    return written ? ERROR_SUCCESS : win32ErrorFromErrno(error);
+}
+
+}  // namespace portable
+}  // namespace zet

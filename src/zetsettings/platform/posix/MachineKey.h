@@ -1,0 +1,55 @@
+// The machine key of data protection: 32 random bytes in a file beside the store directory
+// (machineKeyPath), never inside it, so that a copy of the store alone decrypts nothing.
+//
+// The first encryption of a machine makes the key; processes that race to do so agree on one:
+// each writes a candidate under a temporary name (O_CREAT|O_EXCL, mode 0600, synced) and links
+// it into place, which never replaces a file that is there; the loser drops its candidate and
+// uses the winner's. Decryption never makes a key: a new key could not open anything old.
+//
+// A key file is only trusted when it is a regular file of exactly 32 bytes, owned by root or by
+// this process's user, and neither readable nor writable by anybody else. A key file that fails
+// a check is an error and is never replaced.
+#ifndef ZETSETTINGS_PLATFORM_POSIX_MACHINEKEY_H
+#define ZETSETTINGS_PLATFORM_POSIX_MACHINEKEY_H
+
+#include <sodium.h>
+
+#include <cstddef>
+#include <string>
+
+#include "zetsettings/platform/posix/Win32Portable.h"
+
+namespace zet {
+namespace portable {
+
+class MachineKey {
+public:
+    static constexpr std::size_t kSize = crypto_aead_xchacha20poly1305_ietf_KEYBYTES;
+
+    MachineKey();
+    // Wipes the key from memory.
+    ~MachineKey();
+
+    MachineKey(const MachineKey&) = delete;
+    MachineKey& operator=(const MachineKey&) = delete;
+
+    // Each returns ERROR_SUCCESS or the Windows error: ERROR_FILE_NOT_FOUND (no key),
+    // ERROR_ACCESS_DENIED (unreadable, or failing the owner and mode checks), ERROR_INVALID_DATA
+    // (not a key: wrong size), or what creating it ran into.
+    DWORD load(const std::string& path);
+    DWORD loadOrCreate(const std::string& path);
+
+    const unsigned char* bytes() const { return m_bytes; }
+
+private:
+    DWORD readFrom(int fd);
+    DWORD create(const std::string& path);
+    DWORD writeCandidate(const std::string& temporary);
+
+    unsigned char m_bytes[kSize];
+};
+
+}  // namespace portable
+}  // namespace zet
+
+#endif
