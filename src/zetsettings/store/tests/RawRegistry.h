@@ -1,0 +1,74 @@
+// Looks at and plants registry values below HKEY_LOCAL_MACHINE with the bare Win32 calls,
+// past the library, so that tests see what it really stored.
+#ifndef ZETSETTINGS_STORE_TESTS_RAWREGISTRY_H
+#define ZETSETTINGS_STORE_TESTS_RAWREGISTRY_H
+
+#include <string>
+#include <vector>
+
+#include "zetsettings/platform/Win32.h"
+
+namespace rawreg {
+
+struct RawValue {
+    LSTATUS status = ERROR_FILE_NOT_FOUND;
+    DWORD type = REG_NONE;
+    std::vector<BYTE> data;
+};
+
+inline bool keyExists(const std::wstring& path)
+{
+    HKEY key = 0;
+    if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, path.c_str(), 0, KEY_READ, &key) != ERROR_SUCCESS)
+        return false;
+    RegCloseKey(key);
+    return true;
+}
+
+inline RawValue read(const std::wstring& path, const std::wstring& name)
+{
+    RawValue value;
+    HKEY key = 0;
+    value.status = RegOpenKeyExW(HKEY_LOCAL_MACHINE, path.c_str(), 0, KEY_READ, &key);
+    if (value.status != ERROR_SUCCESS)
+        return value;
+    DWORD size = 0;
+    value.status = RegQueryValueExW(key, name.c_str(), 0, &value.type, 0, &size);
+    if (value.status == ERROR_SUCCESS) {
+        value.data.resize(size);
+        value.status = RegQueryValueExW(key, name.c_str(), 0, &value.type, value.data.data(), &size);
+        value.data.resize(size);
+    }
+    RegCloseKey(key);
+    return value;
+}
+
+// The text of a REG_SZ value, without its terminator.
+inline std::wstring textOf(const RawValue& value)
+{
+    std::wstring text(reinterpret_cast<const wchar_t*>(value.data.data()), value.data.size() / sizeof(wchar_t));
+    while (!text.empty() && text.back() == L'\0')
+        text.pop_back();
+    return text;
+}
+
+// Creates the key if needed.
+inline LSTATUS write(const std::wstring& path, const std::wstring& name, DWORD type, const void* data, DWORD size)
+{
+    HKEY key = 0;
+    LSTATUS status = RegCreateKeyExW(HKEY_LOCAL_MACHINE, path.c_str(), 0, 0, 0, KEY_ALL_ACCESS, 0, &key, 0);
+    if (status != ERROR_SUCCESS)
+        return status;
+    status = RegSetValueExW(key, name.c_str(), 0, type, static_cast<const BYTE*>(data), size);
+    RegCloseKey(key);
+    return status;
+}
+
+inline LSTATUS writeText(const std::wstring& path, const std::wstring& name, const std::wstring& text)
+{
+    return write(path, name, REG_SZ, text.c_str(), static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t)));
+}
+
+}  // namespace rawreg
+
+#endif

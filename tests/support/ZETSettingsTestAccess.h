@@ -1,0 +1,24 @@
+// The private members of ZETSettings that tests reach, gathered in one place: the class
+// names this struct its friend, and every test file that needs one includes this header.
+#ifndef ZETSETTINGS_TESTS_SUPPORT_ZETSETTINGSTESTACCESS_H
+#define ZETSETTINGS_TESTS_SUPPORT_ZETSETTINGSTESTACCESS_H
+
+#include <string>
+
+#include "zetsettings/ZETSettings.h"
+
+struct ZETSettingsTestAccess {
+    static std::wstring createCaseBitmap(const std::wstring& networkName)
+    {
+        return ZETSettings::createCaseBitmap(networkName);
+    }
+    static std::wstring removeCaseBitmap(const std::wstring& valueName)
+    {
+        return ZETSettings::removeCaseBitmap(valueName);
+    }
+    // The named mutex of the chooser's list and the alert states, for a test process that
+    // has to hold it as an operation would.
+    static ZETMutex& preferredNetMutex() { return ZETSettings::sm_mutexPreferredNet; }
+};
+
+#endif
