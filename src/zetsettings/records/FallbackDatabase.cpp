@@ -1,0 +1,174 @@
+// The fallback database: one clear record per owner and network. Owners are subkeys of
+// FallbackDatabase named in lower case; networks are values named with their case bitmap, so
+// that networks differing only in case stay apart in a case-blind registry.
+#include "zetsettings/ZETSettings.h"
+
+#include <cstdlib>
+
+#include "zetsettings/components/ZETMiscUtil.h"
+#include "zetsettings/components/ZETMutexGrabber.h"
+#include "zetsettings/records/CaseBlindLookup.h"
+#include "zetsettings/records/RecordNames.h"
+#include "zetsettings/store/MallocedPtr.h"
+
+using JetByteTools::CRegistryKey;
+using namespace zet::records;
+
+namespace {
+
+// Opens the subkey, creating it if absent: the database and its owners come into being on
+// first use, reads included.
+CRegistryKey createOrOpen(const CRegistryKey& parent, const wchar_t* name)
+{
+    return parent.CreateOrOpenKey(name, 0, L"", 0, KEY_ALL_ACCESS, 0);
+}
+
+std::wstring lowerCase(const std::wstring& text)
+{
+    std::wstring lower(text);
+    ZETMiscUtil::toLower(lower);
+    return lower;
+}
+
+// Reads the record stored in one value into record; false when the value gave no data.
+bool readRecord(const CRegistryKey& ownerKey, const std::wstring& valueName, ZETFallbackSettings& record)
+{
+    BYTE* data = 0;
+    DWORD length = 0;
+    ownerKey.QueryValue(valueName.c_str(), &data, length);
+    if (!data)
+        return false;
+    const zet::MallocedPtr<BYTE> owned(data);
+    record.deserialize(data, static_cast<int>(length));
+    return true;
+}
+
+// Writes one record; a record whose block can't be allocated is skipped, its old stored form
+// kept.
+void writeRecord(CRegistryKey& ownerKey, const std::wstring& valueName, const ZETFallbackSettings& record)
+{
+    const int length = record.getSerLength();
+    const zet::MallocedPtr<unsigned char> block(static_cast<unsigned char*>(std::malloc(length)));
+    if (!block)
+        return;
+    record.serialize(block.get());
+    ownerKey.SetValue(valueName.c_str(), block.get(), static_cast<DWORD>(length));
+}
+
+}  // namespace
+
+void ZETSettings::loadFallbackSettings(ZETOwnerToNetworkMap& map)
+{
+    ZETMutexGrabber grabber(sm_mutex, true);
+    try {
+        const CRegistryKey database = createOrOpen(getLocalMachineBase(), kFallbackDatabaseKey);
+        for (auto owner = database.BeginSubkeyIteration(); owner != database.EndSubkeyIteration(); ++owner) {
+            // The entry comes before any value is read, so an owner without records is kept.
+            ZETNetworkToFallbackSettingsMap& entry = map.owners[ser_wstring(owner.GetName())];
+            entry.owner = owner.GetName();
+            const CRegistryKey ownerKey = owner.OpenKey(KEY_ALL_ACCESS);
+            for (auto value = ownerKey.BeginValueIteration(); value != ownerKey.EndValueIteration(); ++value) {
+                // The network comes from the value's name, not from the record's own member.
+                ZETFallbackSettings record;
+                const ser_wstring network(removeCaseBitmap(value.GetName()));
+                if (readRecord(ownerKey, value.GetName(), record))
+                    entry.networks[network] = record;
+            }
+        }
+    } catch (CRegistryKey::Exception&) {
+    }
+}
+
+// Adds and replaces; never deletes, so values that the map doesn't hold stay in the registry.
+void ZETSettings::saveFallbackSettings(ZETOwnerToNetworkMap& map)
+{
+    ZETMutexGrabber grabber(sm_mutex, true);
+    try {
+        for (const auto& owner : map.owners) {
+            CRegistryKey ownerKey = createOrOpen(createOrOpen(getLocalMachineBase(), kFallbackDatabaseKey),
+                                                 owner.first.c_str());
+            for (const auto& network : owner.second.networks)
+                writeRecord(ownerKey, createCaseBitmap(network.first), network.second);
+        }
+    } catch (CRegistryKey::Exception&) {
+    }
+}
+
+// Loads the whole database, files the record under its lower-cased owner (written back to the
+// caller's record) and saves the whole database again, all under one hold of sm_mutex.
+void ZETSettings::setFallbackSettings(boost::shared_ptr<ZETFallbackSettings> settings)
+{
+    ZETMutexGrabber grabber(sm_mutex, true);
+    if (!settings)
+        return;
+    try {
+        ZETOwnerToNetworkMap map;
+        loadFallbackSettings(map);
+        const ser_wstring owner(lowerCase(settings->owner));
+        const ser_wstring network(settings->network);
+        settings->owner = owner;
+        ZETNetworkToFallbackSettingsMap& entry = map.owners[owner];
+        entry.networks[network] = *settings;
+        entry.owner = owner;
+        saveFallbackSettings(map);
+    } catch (CRegistryKey::Exception&) {
+    }
+}
+
+// Reads the whole database for one record: the owner matches in any case, the network exactly.
+boost::shared_ptr<ZETFallbackSettings> ZETSettings::getFallbackSettings(const std::wstring& owner,
+                                                                         const std::wstring& network)
+{
+    ZETMutexGrabber grabber(sm_mutex, true);
+    boost::shared_ptr<ZETFallbackSettings> result;
+    ZETOwnerToNetworkMap map;
+    loadFallbackSettings(map);
+    const auto ownerEntry = findCaseBlind(map.owners, owner);
+    if (ownerEntry == map.owners.end())
+        return result;
+    const auto record = ownerEntry->second.networks.find(ser_wstring(network));
+    if (record != ownerEntry->second.networks.end())
+        result.reset(new ZETFallbackSettings(record->second));
+    return result;
+}
+
+// Touches only the one value: the owner's subkey stays, also when its last value goes.
+void ZETSettings::removeFallbackSettings(const std::wstring& owner, const std::wstring& network)
+{
+    ZETMutexGrabber grabber(sm_mutex, true);
+    try {
+        CRegistryKey ownerKey =
+            createOrOpen(createOrOpen(getLocalMachineBase(), kFallbackDatabaseKey), lowerCase(owner).c_str());
+        ownerKey.DeleteValue(createCaseBitmap(network).c_str());
+    } catch (CRegistryKey::Exception&) {
+    }
+}
+
+// In the registry's enumeration order, never sorted.
+boost::shared_ptr<std::vector<std::wstring> > ZETSettings::getListOfNetworks(const std::wstring& owner)
+{
+    ZETMutexGrabber grabber(sm_mutex, true);
+    boost::shared_ptr<std::vector<std::wstring> > result(new std::vector<std::wstring>);
+    try {
+        const CRegistryKey ownerKey =
+            createOrOpen(createOrOpen(getLocalMachineBase(), kFallbackDatabaseKey), lowerCase(owner).c_str());
+        for (auto value = ownerKey.BeginValueIteration(); value != ownerKey.EndValueIteration(); ++value)
+            result->push_back(removeCaseBitmap(value.GetName()));
+    } catch (CRegistryKey::Exception&) {
+    }
+    return result;
+}
+
+// Subkey names as they stand, in the registry's enumeration order.
+boost::shared_ptr<std::vector<std::wstring> > ZETSettings::getListOfOwners()
+{
+    ZETMutexGrabber grabber(sm_mutex, true);
+    boost::shared_ptr<std::vector<std::wstring> > result(new std::vector<std::wstring>);
+    try {
+        const CRegistryKey database = createOrOpen(getLocalMachineBase(), kFallbackDatabaseKey);
+        for (auto owner = database.BeginSubkeyIteration(); owner != database.EndSubkeyIteration(); ++owner)
+            result->push_back(owner.GetName());
+    } catch (CRegistryKey::Exception&) {
+    }
+    return result;
+}
