@@ -9,6 +9,7 @@
 #include "support/TestRegistry.h"
 #include "support/ZETSettingsTestAccess.h"
 #include "zetsettings/ZETSettings.h"
+#include "zetsettings/chooser/bench/StoreCommits.h"
 #include "zetsettings/components/ZETMutexGrabber.h"
 
 namespace {
@@ -34,8 +35,10 @@ void BM_Alert_isEnabled(benchmark::State& state)
     const int alerts = static_cast<int>(state.range(0));
     plantTable(alerts);
     const int asked = alerts / 2 + 1;
+    const double committed = chooserbench::committedTransactions();
     for (auto _ : state)
         benchmark::DoNotOptimize(ZETSettings::isAlertNotificationEnabled(asked));
+    chooserbench::reportCommits(state, "commits_per_question", committed);
 }
 BENCHMARK(BM_Alert_isEnabled)->Arg(10)->Arg(1000)->UseRealTime();
 

@@ -2,7 +2,7 @@
 // processes stepping the same list at once, beside the reference: one durable registry write
 // of a binary value as long as the list's stored form. A step is one read and one write of
 // that value under the named mutex; the ratio step / reference is read off the medians of
-// the same run.
+// the same run, and the store's own count of commits gives the durable writes per step.
 #include <benchmark/benchmark.h>
 
 #include <string>
@@ -10,6 +10,7 @@
 #include "support/TestRegistry.h"
 #include "zetsettings/ZETSettings.h"
 #include "zetsettings/chooser/bench/ConcurrentSteppers.h"
+#include "zetsettings/chooser/bench/StoreCommits.h"
 
 namespace {
 
@@ -63,8 +64,10 @@ void BM_Chooser_nextStep(benchmark::State& state)
     zettest::TestRegistry registry;
     startWalk(static_cast<int>(state.range(0)));
     bool wrapped = false;
+    const double committed = chooserbench::committedTransactions();
     for (auto _ : state)
         benchmark::DoNotOptimize(ZETSettings::nextChooserPreferredNet(false, wrapped));
+    chooserbench::reportCommits(state, "commits_per_step", committed);
 }
 BENCHMARK(BM_Chooser_nextStep)->Arg(10)->Arg(255)->UseRealTime();
 

@@ -1,12 +1,11 @@
-// The chooser's list under several real processes at once, and a process that dies holding
-// the named mutex.
+// The chooser's list walked by several real processes at once, each started after the walk
+// was, and held up by a process that dies holding the named mutex. Children report through
+// ZetGuard values, which sm_mutex guards, so that no report waits on the mutex under test.
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <fstream>
-#include <future>
-#include <map>
 #include <memory>
+#include <sstream>
 #include <thread>
 
 #include "zetsettings/chooser/tests/ChooserTestSupport.h"
@@ -23,105 +22,92 @@ namespace {
 class ChooserProcessesTest : public zettest::RegistryTest {};
 
 const int kWalkers = 4;
-const int kPlaces = 20;
-const int kRounds = 4;
-const int kStepsEach = kPlaces * kRounds / kWalkers;
-static_assert(kStepsEach * kWalkers == kPlaces * kRounds, "the walkers share whole rounds");
+const int kStepsEach = 25;
+const int kPlaces = kWalkers * kStepsEach;
 
-// args: the file to record into, the file whose appearance starts the walk, the steps to take.
-// Records one line per step: the name handed out, then 1 if that step wrapped.
-ZET_CHILD_SCENARIO(chooser_walker)
+// Whether the first count children have each set their value named what and their number.
+bool allHave(const wchar_t* what, int count)
 {
-    std::ofstream out(args.at(0));
-    if (!waitForFile(args.at(1)))
-        return 2;
-    const int steps = std::stoi(args.at(2));
-    for (int i = 0; i < steps; ++i) {
-        bool wrapped = false;
-        const std::wstring name = step(false, wrapped);
-        out << std::string(name.begin(), name.end()) << ' ' << (wrapped ? 1 : 0) << '\n';
-    }
-    return out ? 0 : 3;
+    for (int i = 0; i < count; ++i)
+        if (ZETSettings::strGetZetGuardValue(what + std::to_wstring(i), L"", false).empty())
+            return false;
+    return true;
 }
 
-// Holds the named mutex as an operation would, says so through a file, and waits to be killed.
+bool waitForAll(const wchar_t* what, int count, std::chrono::seconds limit = std::chrono::seconds(20))
+{
+    const auto until = std::chrono::steady_clock::now() + limit;
+    for (; !allHave(what, count); std::this_thread::sleep_for(std::chrono::milliseconds(2)))
+        if (std::chrono::steady_clock::now() > until)
+            return false;
+    return true;
+}
+
+// args: the walker's number. Says it is ready, steps as fast as it can, then reports the
+// places handed out, in its order, each with 1 if that step wrapped.
+ZET_CHILD_SCENARIO(chooser_walker)
+{
+    const std::wstring walker(args.at(0).begin(), args.at(0).end());
+    ZETSettings::strSetZetGuardValue(L"ready" + walker, L"1");
+    std::wostringstream report;
+    for (int i = 0; i < kStepsEach; ++i) {
+        bool wrapped = false;
+        report << step(false, wrapped).substr(1) << L' ' << wrapped << L' ';
+    }
+    ZETSettings::strSetZetGuardValue(L"report" + walker, report.str());
+    return 0;
+}
+
+// Holds the named mutex as an operation would, says so, and waits to be killed.
 ZET_CHILD_SCENARIO(chooser_hold_mutex)
 {
     ZETMutexGrabber grabber(ZETSettingsTestAccess::preferredNetMutex(), true);
-    touch(args.at(0));
+    ZETSettings::strSetZetGuardValue(L"holding0", L"1");
     std::this_thread::sleep_for(std::chrono::seconds(60));
     return 0;
 }
 
-std::wstring placeName(int place)
-{
-    return L"net" + std::to_wstring(place);
-}
-
-TEST_F(ChooserProcessesTest, ProcessesWalkingTogetherShareTheConsecutivePlaces)
+TEST_F(ChooserProcessesTest, WalkersHeldUpByAKilledHolderShareTheConsecutivePlaces)
 {
     Names names;
     for (int place = 1; place <= kPlaces; ++place)
-        names.push_back(placeName(place));
-    // The walk stands at the last place, so the walkers' steps are whole rounds from the top.
-    storeList(names, kPlaces);
+        names.push_back(L"n" + std::to_wstring(place));
+    // The walk stands at the last place: the steps of all walkers together are one round.
+    ZETSettings::updateChooserPreferredNets(listOf(entriesNamed(names), kPlaces));
+    const std::string before = storedHex(kListValue);
 
-    ScratchFolder folder;
-    const std::string go = folder.file("go");
+    zettest::ChildProcess holder("chooser_hold_mutex");
+    ASSERT_TRUE(waitForAll(L"holding", 1));
     std::vector<std::unique_ptr<zettest::ChildProcess>> walkers;
     for (int i = 0; i < kWalkers; ++i)
-        walkers.emplace_back(new zettest::ChildProcess(
-            "chooser_walker", {folder.file("walker" + std::to_string(i)), go, std::to_string(kStepsEach)}));
-    touch(go);
-    for (auto& walker : walkers)
-        ASSERT_EQ(0, walker->wait());
-
-    std::map<std::wstring, int> handedOut;
-    int wraps = 0;
-    int steps = 0;
-    for (int i = 0; i < kWalkers; ++i) {
-        std::ifstream in(folder.file("walker" + std::to_string(i)));
-        std::string name;
-        int wrapped = 0;
-        while (in >> name >> wrapped) {
-            ++handedOut[std::wstring(name.begin(), name.end())];
-            wraps += wrapped;
-            ++steps;
-        }
-    }
-    EXPECT_EQ(kPlaces * kRounds, steps);
-    for (const std::wstring& name : names)
-        EXPECT_EQ(kRounds, handedOut[name]) << std::string(name.begin(), name.end());
-    EXPECT_EQ(static_cast<size_t>(kPlaces), handedOut.size());
-    EXPECT_EQ(kRounds, wraps);
-    EXPECT_EQ(static_cast<unsigned>(kPlaces), storedPosition());
-}
-
-TEST_F(ChooserProcessesTest, AHolderKilledWhileHoldingTheMutexDoesNotStopTheOthers)
-{
-    storeList({L"P", L"Q", L"R"});
-    ScratchFolder folder;
-    zettest::ChildProcess holder("chooser_hold_mutex", {folder.file("holding")});
-    ASSERT_TRUE(waitForFile(folder.file("holding")));
-
-    // The step waits for the holder; a detached thread, so that a step that never ends fails
-    // the test instead of hanging it.
-    auto done = std::make_shared<std::promise<std::wstring>>();
-    std::future<std::wstring> stepped = done->get_future();
-    std::thread([done] {
-        bool wrapped = false;
-        done->set_value(step(true, wrapped));
-    }).detach();
-    EXPECT_EQ(std::future_status::timeout, stepped.wait_for(std::chrono::milliseconds(300)));
+        walkers.emplace_back(new zettest::ChildProcess("chooser_walker", {std::to_string(i)}));
+    ASSERT_TRUE(waitForAll(L"ready", kWalkers));
+    std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    EXPECT_EQ(before, storedHex(kListValue)) << "a step passed the holder";
 
     holder.killHard();
     holder.wait();
-    ASSERT_EQ(std::future_status::ready, stepped.wait_for(std::chrono::seconds(10)));
-    EXPECT_EQ(L"P", stepped.get());
-
-    EXPECT_EQ(0, zettest::runChild("chooser_step", {"next", "Q"}));
-    ZETSettings::updateAlertNotificationState(1, false);
-    EXPECT_FALSE(ZETSettings::isAlertNotificationEnabled(1));
+    // A bounded wait: walkers stuck behind the dead holder fail here and are killed.
+    ASSERT_TRUE(waitForAll(L"report", kWalkers, std::chrono::seconds(30)));
+    std::vector<int> timesHandedOut(kPlaces + 1, 0);
+    int wraps = 0;
+    for (int i = 0; i < kWalkers; ++i) {
+        EXPECT_EQ(0, walkers[i]->wait());
+        std::wistringstream report(ZETSettings::strGetZetGuardValue(L"report" + std::to_wstring(i), L"", false));
+        int place = 0, wrapped = 0, previous = 0;
+        while (report >> place >> wrapped) {
+            ASSERT_TRUE(place >= 1 && place <= kPlaces) << place;
+            ++timesHandedOut[place];
+            wraps += wrapped;
+            // Within one round a walker's own places only go forward.
+            EXPECT_LT(previous, place);
+            previous = place;
+        }
+    }
+    for (int place = 1; place <= kPlaces; ++place)
+        EXPECT_EQ(1, timesHandedOut[place]) << "place " << place;
+    EXPECT_EQ(1, wraps);
+    EXPECT_EQ("64", storedHex(kListValue).substr(0, 2));
 }
 
 }  // namespace

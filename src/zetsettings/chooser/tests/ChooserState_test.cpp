@@ -1,8 +1,10 @@
+// The chooser's flag, and the preferred list as it is loaded and stored whole.
 #include <gtest/gtest.h>
 
 #include "zetsettings/chooser/tests/ChooserTestSupport.h"
 #include "support/ChildProcess.h"
 #include "support/ChildScenario.h"
+#include "support/ProcessRights.h"
 #include "support/TestRegistry.h"
 
 using namespace choosertest;
@@ -11,147 +13,109 @@ namespace {
 
 class ChooserStateTest : public zettest::RegistryTest {};
 
-ZET_CHILD_SCENARIO(chooser_set_active)
+// Settings can't be opened with the rights every operation asks for: everything reads as never
+// stored, and every write is dropped without a word. Exit codes name the broken expectation.
+ZET_CHILD_SCENARIO(chooser_without_write_rights)
 {
-    ZETSettings::setChooserActive(args.at(0) == "on");
-    return 0;
-}
-
-ZET_CHILD_SCENARIO(chooser_expect_active)
-{
-    return ZETSettings::isChooserActive() == (args.at(0) == "on") ? 0 : 1;
-}
-
-TEST_F(ChooserStateTest, AnAbsentFlagReadsInactiveAndIsStoredAsZero)
-{
-    EXPECT_FALSE(ZETSettings::isChooserActive());
-    std::string stored;
-    DWORD type = 0;
-    ASSERT_TRUE(readRaw(kActiveValue, stored, &type));
-    EXPECT_EQ(static_cast<DWORD>(REG_DWORD), type);
-    EXPECT_EQ(std::string(4, '\0'), stored);
-}
-
-TEST_F(ChooserStateTest, OnlyAStoredOneIsActiveAndTheQuestionLeavesOtherNumbersAlone)
-{
-    ZETSettings::setChooserActive(true);
-    EXPECT_TRUE(ZETSettings::isChooserActive());
-    EXPECT_EQ(1, ZETSettings::intGetZetGuardValue(kActiveValue, -5, false));
+    if (!zettest::becomeUnprivileged())
+        return 2;
+    if (ZETSettings::isChooserActive() || ZETSettings::isChooserActive())
+        return 3;
+    bool wrapped = true;
+    if (!ZETSettings::getChooserPreferredNets()->entries.empty() || step(true, wrapped) != L"" || wrapped)
+        return 4;
     ZETSettings::setChooserActive(false);
-    EXPECT_FALSE(ZETSettings::isChooserActive());
-    EXPECT_EQ(0, ZETSettings::intGetZetGuardValue(kActiveValue, -5, false));
-
-    plantDword(kActiveValue, 2);
-    EXPECT_FALSE(ZETSettings::isChooserActive());
-    EXPECT_EQ(2, ZETSettings::intGetZetGuardValue(kActiveValue, -5, false));
+    ZETSettings::updateChooserPreferredNets(listOf({entry(L"child")}));
+    ZETSettings::stopChooserAutoAssociate();
+    ZETSettings::moveChooserPreferredNetToFront(entry(L"child"));
+    ZETSettings::deleteChooserPreferredNet(L"P");
+    ZETSettings::updateAlertNotificationState(5, true);
+    return ZETSettings::isAlertNotificationEnabled(3) && ZETSettings::isAlertNotificationEnabled(3) ? 0 : 5;
 }
 
-TEST_F(ChooserStateTest, AFlagOfAnotherTypeReadsAsAbsentAndIsReplacedByZero)
+TEST_F(ChooserStateTest, TheFlagIsActiveOnlyAtOneAndAnUnreadableFlagIsStoredAsZero)
 {
-    writeRaw(kActiveValue, L"1", 2 * sizeof(wchar_t), REG_SZ);
     EXPECT_FALSE(ZETSettings::isChooserActive());
-    EXPECT_EQ(0, ZETSettings::intGetZetGuardValue(kActiveValue, -5, false));
-}
+    EXPECT_EQ("00000000", storedHex(kActiveValue));
 
-TEST_F(ChooserStateTest, TheFlagIsSharedWithOtherProcesses)
-{
     ZETSettings::setChooserActive(true);
-    EXPECT_EQ(0, zettest::runChild("chooser_expect_active", {"on"}));
-    EXPECT_EQ(0, zettest::runChild("chooser_set_active", {"off"}));
+    EXPECT_EQ("01000000", storedHex(kActiveValue));
+    EXPECT_TRUE(ZETSettings::isChooserActive());
+    ZETSettings::setChooserActive(false);
+    EXPECT_EQ("00000000", storedHex(kActiveValue));
+
+    // Another number is inactive and stays; a flag of another type counts as absent.
+    plant(kActiveValue, "02000000", REG_DWORD);
     EXPECT_FALSE(ZETSettings::isChooserActive());
+    EXPECT_EQ("02000000", storedHex(kActiveValue));
+    plant(kActiveValue, "31000000", REG_SZ);
+    EXPECT_FALSE(ZETSettings::isChooserActive());
+    DWORD type = 0;
+    EXPECT_EQ("00000000", storedHex(kActiveValue, &type));
+    EXPECT_EQ(static_cast<DWORD>(REG_DWORD), type);
 }
 
-TEST_F(ChooserStateTest, NothingStoredReadsAsAnEmptyListAndCreatesNoValue)
+TEST_F(ChooserStateTest, AListIsStoredInTheClearAsItsWireFormAndReadBackAsANewRecord)
 {
-    boost::shared_ptr<ZETPreferredNetworks> list = ZETSettings::getChooserPreferredNets();
-    ASSERT_TRUE(list);
-    EXPECT_EQ(0u, list->position.value);
-    EXPECT_TRUE(list->entries.empty());
-    EXPECT_FALSE(rawExists(kListValue));
-}
+    boost::shared_ptr<ZETPreferredNetworks> nothing = ZETSettings::getChooserPreferredNets();
+    ASSERT_TRUE(nothing);
+    EXPECT_EQ("0000000000", serialHex(*nothing));
+    EXPECT_EQ("absent", storedHex(kListValue));
 
-TEST_F(ChooserStateTest, AListRoundTripsWithAllMembersInItsOwnSerialForm)
-{
-    boost::shared_ptr<ZETPreferredNetworks> list(new ZETPreferredNetworks);
-    list->entries.push_back(entry(L"Home", 3, 7, 8, std::string("\x00\x11\x22\x33\x44\x55", 6), 1));
-    list->entries.push_back(entry(L"caf\u00E9", 2, 0xFE, 0x01));
-    list->position = 2;
-    ZETSettings::updateChooserPreferredNets(list);
-
-    EXPECT_EQ(hex(serialForm(*list)), hex(rawValue(kListValue)));
-    boost::shared_ptr<ZETPreferredNetworks> back = ZETSettings::getChooserPreferredNets();
-    EXPECT_NE(list.get(), back.get());
-    EXPECT_EQ(hex(serialForm(*list)), hex(serialForm(*back)));
-    EXPECT_EQ(L"Home", std::wstring(back->entries.at(0).netName));
-    EXPECT_EQ(std::string("\x00\x11\x22\x33\x44\x55", 6), back->entries.at(0).macAddress.bytes());
-    EXPECT_EQ(1u, back->entries.at(0).entryFlag.value);
-    EXPECT_EQ(0xFEu, back->entries.at(1).matchByte1.value);
-}
-
-TEST_F(ChooserStateTest, TheStoredBytesAreTheRecordsWireFormInTheClear)
-{
-    boost::shared_ptr<ZETPreferredNetworks> list(new ZETPreferredNetworks);
-    list->entries.push_back(entry(L"ab", 3));
-    list->position = 1;
-    ZETSettings::updateChooserPreferredNets(list);
+    ZETSettings::updateChooserPreferredNets(listOf({entry(L"ab", 3)}, 1));
     // position, one element, "ab", an empty MAC address, then the four flag bytes.
-    EXPECT_EQ("01" "01000000" "0400000061006200" "00000000" "00030000", hex(rawValue(kListValue)));
+    const std::string stored = "01" "01000000" "0400000061006200" "00000000" "00030000";
+    EXPECT_EQ(stored, storedHex(kListValue));
 
-    ZETSettings::updateChooserPreferredNets(listOf({}));
-    EXPECT_EQ("0000000000", hex(rawValue(kListValue)));
+    // What a caller holds is a new record, and a private copy until it is passed back.
+    boost::shared_ptr<ZETPreferredNetworks> mine = ZETSettings::getChooserPreferredNets();
+    EXPECT_EQ(stored, serialHex(*mine));
+    mine->entries.push_back(entry(L"More"));
+    EXPECT_EQ(stored, serialHex(*ZETSettings::getChooserPreferredNets()));
+    ZETSettings::updateChooserPreferredNets(mine);
+    EXPECT_EQ(serialHex(*mine), storedHex(kListValue));
 }
 
-TEST_F(ChooserStateTest, APositionBeyondTheListIsBroughtDownOnReadAndBeforeWrite)
+TEST_F(ChooserStateTest, APositionBeyondTheListOrACutValueIsBroughtWithinWhatWasRead)
 {
-    boost::shared_ptr<ZETPreferredNetworks> planted = listOf({L"P", L"Q", L"R"});
-    planted->position = 7;
-    plantBytes(kListValue, serialForm(*planted));
+    const std::string planted = serialHex(*listOf(entriesNamed({L"P", L"Q", L"R"}), 7));
+    plant(kListValue, planted);
+    EXPECT_EQ(3u, ZETSettings::getChooserPreferredNets()->position.value);
+    EXPECT_EQ(planted, storedHex(kListValue));
 
-    EXPECT_EQ(3u, storedPosition());
-    // A read writes nothing back.
-    EXPECT_EQ(7, rawValue(kListValue).at(0));
+    // Cut inside the third entry's name.
+    plant(kListValue, planted.substr(0, planted.size() - 18));
+    boost::shared_ptr<ZETPreferredNetworks> list = ZETSettings::getChooserPreferredNets();
+    EXPECT_EQ(Names({L"P", L"Q"}), namesOf(*list));
+    EXPECT_EQ(2u, list->position.value);
+    for (const std::string& broken : {std::string("020500"), std::string()}) {
+        plant(kListValue, broken);
+        EXPECT_EQ("0000000000", serialHex(*ZETSettings::getChooserPreferredNets())) << broken;
+    }
 
-    boost::shared_ptr<ZETPreferredNetworks> mine = listOf({L"P", L"Q", L"R"}, 7);
+    boost::shared_ptr<ZETPreferredNetworks> mine = listOf(entriesNamed({L"P", L"Q", L"R"}), 7);
     ZETSettings::updateChooserPreferredNets(mine);
     EXPECT_EQ(3u, mine->position.value);
-    EXPECT_EQ(3, rawValue(kListValue).at(0));
-
+    EXPECT_EQ("03", storedHex(kListValue).substr(0, 2));
     boost::shared_ptr<ZETPreferredNetworks> none = listOf({}, 4);
     ZETSettings::updateChooserPreferredNets(none);
     EXPECT_EQ(0u, none->position.value);
-    EXPECT_EQ("0000000000", hex(rawValue(kListValue)));
+    EXPECT_EQ("0000000000", storedHex(kListValue));
 }
 
-TEST_F(ChooserStateTest, AListCutInsideAnEntryKeepsTheEntriesBeforeTheCut)
+TEST_F(ChooserStateTest, AProcessThatMayNotWriteTheStoreSeesNothingAndChangesNothing)
 {
-    const std::string whole = serialForm(*listOf({L"First", L"Second", L"Third"}, 3));
-    // Cut in the middle of the third name.
-    plantBytes(kListValue, whole.substr(0, whole.size() - 8));
-
-    boost::shared_ptr<ZETPreferredNetworks> list = ZETSettings::getChooserPreferredNets();
-    EXPECT_EQ((std::vector<std::wstring>{L"First", L"Second"}), namesOf(*list));
-    EXPECT_EQ(2u, list->position.value);
-
-    // A value too short for any of it, and one that is empty, read as an empty list.
-    plantBytes(kListValue, std::string("\x02\x05\x00", 3));
-    EXPECT_EQ(0u, ZETSettings::getChooserPreferredNets()->entries.size());
-    EXPECT_EQ(0u, storedPosition());
-    plantBytes(kListValue, std::string());
-    EXPECT_EQ(0u, ZETSettings::getChooserPreferredNets()->entries.size());
-}
-
-TEST_F(ChooserStateTest, ARecordInTheCallersHandsIsAPrivateCopyUntilUpdated)
-{
-    storeList({L"P", L"Q"}, 1);
-    boost::shared_ptr<ZETPreferredNetworks> mine = ZETSettings::getChooserPreferredNets();
-    mine->entries.push_back(entry(L"R"));
-    mine->position = 3;
-    EXPECT_EQ((std::vector<std::wstring>{L"P", L"Q"}), storedNames());
-    EXPECT_EQ(1u, storedPosition());
-
-    ZETSettings::updateChooserPreferredNets(mine);
-    EXPECT_EQ((std::vector<std::wstring>{L"P", L"Q", L"R"}), storedNames());
-    EXPECT_EQ(3u, storedPosition());
+    if (!zettest::canDropPrivileges())
+        GTEST_SKIP() << "this registry grants every process every right";
+    ZETSettings::setChooserActive(true);
+    ZETSettings::updateChooserPreferredNets(listOf(entriesNamed({L"P", L"Q"}), 1));
+    ZETSettings::updateAlertNotificationState(3, false);
+    ZETSettings::updateAlertNotificationState(5, false);
+    const std::string list = storedHex(kListValue), alerts = storedHex(kAlertValue);
+    ASSERT_EQ(0, zettest::runChild("chooser_without_write_rights"));
+    EXPECT_EQ("01000000", storedHex(kActiveValue));
+    EXPECT_EQ(list, storedHex(kListValue));
+    EXPECT_EQ(alerts, storedHex(kAlertValue));
 }
 
 }  // namespace

@@ -1,8 +1,10 @@
+// The walk through the preferred list and the edits of the list: every transition from a
+// planted state, and the rule by which two entries are the same network.
 #include <gtest/gtest.h>
 
+#include <functional>
+
 #include "zetsettings/chooser/tests/ChooserTestSupport.h"
-#include "support/ChildProcess.h"
-#include "support/ChildScenario.h"
 #include "support/TestRegistry.h"
 
 using namespace choosertest;
@@ -11,182 +13,107 @@ namespace {
 
 class ChooserWalkTest : public zettest::RegistryTest {};
 
-// A list planted with a stray tail: any write by the library drops the tail.
-void plantWithTail(const Names& names, unsigned char position)
+// What an operation handed out: the name, marked when the step wrapped; "" for nothing.
+typedef std::function<std::string()> Operation;
+
+Operation walk(bool first)
 {
-    plantBytes(kListValue, withTail(*listOf(names, position)));
+    return [first] {
+        bool wrapped = true;  // must come back false unless the step wrapped
+        const std::wstring name = step(first, wrapped);
+        return std::string(name.begin(), name.end()) + (wrapped ? "+wrapped" : "");
+    };
 }
 
-bool tailStillThere()
+Operation stop()
 {
-    const std::string stored = rawValue(kListValue);
-    return !stored.empty() && stored.back() == '\x5A';
+    return [] { return ZETSettings::stopChooserAutoAssociate(), std::string(); };
 }
 
-ZET_CHILD_SCENARIO(chooser_step)
+Operation moveToFront(const ZETPreferredNetEntry& moved)
 {
-    bool wrapped = false;
-    const std::wstring name = step(args.at(0) == "first", wrapped);
-    return name == std::wstring(args.at(1).begin(), args.at(1).end()) && !wrapped ? 0 : 1;
+    return [moved] { return ZETSettings::moveChooserPreferredNetToFront(moved), std::string(); };
 }
 
-TEST_F(ChooserWalkTest, AWalkGoesThroughTheListAndWrapsFromTheLastToTheFirst)
+Operation deleteNamed(const std::wstring& name)
 {
-    storeList({L"P", L"Q", L"R"});
-    bool wrapped = true;
-    EXPECT_EQ(L"P", step(true, wrapped));
-    EXPECT_FALSE(wrapped);
-    EXPECT_EQ(L"Q", step(false, wrapped));
-    EXPECT_FALSE(wrapped);
-    EXPECT_EQ(L"R", step(false, wrapped));
-    EXPECT_FALSE(wrapped);
-    EXPECT_EQ(3u, storedPosition());
-    EXPECT_EQ(L"P", step(false, wrapped));
-    EXPECT_TRUE(wrapped);
-    EXPECT_EQ(L"Q", step(false, wrapped));
-    EXPECT_FALSE(wrapped);
-    // first starts over from the top in the middle of a walk.
-    EXPECT_EQ(L"P", step(true, wrapped));
-    EXPECT_FALSE(wrapped);
-    EXPECT_EQ(1u, storedPosition());
+    return [name] { return ZETSettings::deleteChooserPreferredNet(name), std::string(); };
 }
 
-TEST_F(ChooserWalkTest, WithOneEntryEveryFurtherStepWraps)
-{
-    storeList({L"Only"});
-    bool wrapped = true;
-    EXPECT_EQ(L"Only", step(true, wrapped));
-    EXPECT_FALSE(wrapped);
-    for (int i = 0; i < 2; ++i) {
-        EXPECT_EQ(L"Only", step(false, wrapped));
-        EXPECT_TRUE(wrapped);
-    }
-}
-
-TEST_F(ChooserWalkTest, AnEmptyOrAbsentListHandsOutNothingAndWritesNothing)
-{
-    bool wrapped = true;
-    EXPECT_EQ(L"", step(true, wrapped));
-    EXPECT_FALSE(wrapped);
-    wrapped = true;
-    EXPECT_EQ(L"", step(false, wrapped));
-    EXPECT_FALSE(wrapped);
-    EXPECT_FALSE(rawExists(kListValue));
-
-    plantWithTail({}, 0);
-    EXPECT_EQ(L"", step(true, wrapped));
-    EXPECT_TRUE(tailStillThere());
-}
-
-TEST_F(ChooserWalkTest, AStoppedWalkDoesNotStartByItself)
-{
-    storeList({L"P", L"Q", L"R"});
-    bool wrapped = false;
-    step(true, wrapped);
-    step(false, wrapped);
-    ZETSettings::stopChooserAutoAssociate();
-    EXPECT_EQ(0u, storedPosition());
-    EXPECT_EQ(Names({L"P", L"Q", L"R"}), storedNames());
-
-    plantWithTail({L"P", L"Q", L"R"}, 0);
-    wrapped = true;
-    EXPECT_EQ(L"", step(false, wrapped));
-    EXPECT_FALSE(wrapped);
-    EXPECT_TRUE(tailStillThere());
-
-    EXPECT_EQ(L"P", step(true, wrapped));
-    EXPECT_FALSE(tailStillThere());
-}
-
-TEST_F(ChooserWalkTest, StopStoresEvenWithoutAList)
-{
-    ZETSettings::stopChooserAutoAssociate();
-    EXPECT_EQ("0000000000", hex(rawValue(kListValue)));
-
-    plantWithTail({L"P"}, 0);
-    ZETSettings::stopChooserAutoAssociate();
-    EXPECT_FALSE(tailStillThere());
-}
-
-TEST_F(ChooserWalkTest, TheWalkGoesOnInAProcessStartedLater)
-{
-    storeList({L"P", L"Q", L"R"});
-    ASSERT_EQ(0, zettest::runChild("chooser_step", {"first", "P"}));
-    ASSERT_EQ(0, zettest::runChild("chooser_step", {"next", "Q"}));
-    bool wrapped = false;
-    EXPECT_EQ(L"R", step(false, wrapped));
-    EXPECT_EQ(0, zettest::runChild("chooser_step", {"first", "P"}));
-    EXPECT_EQ(1u, storedPosition());
-}
-
-TEST_F(ChooserWalkTest, ThePlaceHandedOutIsACopyOfTheWholeEntry)
-{
-    boost::shared_ptr<ZETPreferredNetworks> list(new ZETPreferredNetworks);
-    list->entries.push_back(entry(L"A", 3, 1, 2, "\x01\x02\x03\x04\x05\x06", 9));
-    list->entries.push_back(entry(L"B", 1, 4, 5));
-    ZETSettings::updateChooserPreferredNets(list);
-
-    bool wrapped = false;
-    boost::shared_ptr<ZETPreferredNetEntry> got = ZETSettings::nextChooserPreferredNet(true, wrapped);
-    ASSERT_TRUE(got);
-    EXPECT_EQ(hex(serialForm(list->entries[0])), hex(serialForm(*got)));
-
-    got->entryFlag = 0;
-    got->netName.append(L"x");
-    EXPECT_EQ(hex(serialForm(*list)).substr(2), hex(rawValue(kListValue)).substr(2));
-}
-
-TEST_F(ChooserWalkTest, AStoredPositionBeyondTheListIsTakenAsTheLastPlace)
-{
-    plantBytes(kListValue, serialForm(*listOf({L"P", L"Q", L"R"}, 9)));
-    bool wrapped = false;
-    EXPECT_EQ(L"P", step(false, wrapped));
-    EXPECT_TRUE(wrapped);
-    EXPECT_EQ(1u, storedPosition());
-}
-
-TEST_F(ChooserWalkTest, ALongListIsWalkedAsFarAsAPlaceCanBeRecorded)
+Entries longList()
 {
     Names names;
     for (int i = 1; i <= 300; ++i)
         names.push_back(L"n" + std::to_wstring(i));
-    storeList(names, 254);
-    bool wrapped = true;
-    EXPECT_EQ(L"n255", step(false, wrapped));
-    EXPECT_FALSE(wrapped);
-    EXPECT_EQ(255u, storedPosition());
-    EXPECT_EQ(L"n1", step(false, wrapped));
-    EXPECT_TRUE(wrapped);
-    EXPECT_EQ(1u, storedPosition());
-    EXPECT_EQ(300u, storedNames().size());
+    return entriesNamed(names);
 }
 
-TEST_F(ChooserWalkTest, MovingTheEntryJustHandedOutKeepsTheWalkOnItsPlace)
+TEST_F(ChooserWalkTest, EachOperationMovesTheWalkAsItsStateTableSays)
 {
-    storeList({L"P", L"Q", L"R", L"S"}, 3);
-    ZETSettings::moveChooserPreferredNetToFront(entry(L"R"));
-    EXPECT_EQ(Names({L"R", L"P", L"Q", L"S"}), storedNames());
-    EXPECT_EQ(3u, storedPosition());
+    const Entries pqr = entriesNamed({L"P", L"Q", L"R"});
+    const Entries pqrs = entriesNamed({L"P", L"Q", L"R", L"S"});
+    const Entries pq = entriesNamed({L"P", L"Q"});
+    const Entries many = longList();
+    const Names manyNames = namesOf(*listOf(many));
+    struct Row {
+        const char* what;
+        Entries before;
+        unsigned char position;
+        Operation operation;
+        std::string handedOut;
+        Names after;
+        unsigned positionAfter;
+        bool stored;
+    };
+    const Row rows[] = {
+        {"empty list, first", {}, 0, walk(true), "", {}, 0, false},
+        {"empty list", {}, 0, walk(false), "", {}, 0, false},
+        {"idle", pqr, 0, walk(false), "", {L"P", L"Q", L"R"}, 0, false},
+        {"idle, first", pqr, 0, walk(true), "P", {L"P", L"Q", L"R"}, 1, true},
+        {"walking, first starts over", pqr, 2, walk(true), "P", {L"P", L"Q", L"R"}, 1, true},
+        {"walking below the end", pqr, 1, walk(false), "Q", {L"P", L"Q", L"R"}, 2, true},
+        {"walking at the end", pqr, 3, walk(false), "P+wrapped", {L"P", L"Q", L"R"}, 1, true},
+        {"one entry", entriesNamed({L"Only"}), 1, walk(false), "Only+wrapped", {L"Only"}, 1, true},
+        {"a place beyond the list", pqr, 9, walk(false), "P+wrapped", {L"P", L"Q", L"R"}, 1, true},
+        {"the last place a byte holds", many, 254, walk(false), "n255", manyNames, 255, true},
+        {"past the last place a byte holds", many, 255, walk(false), "n1+wrapped", manyNames, 1, true},
+        {"stop", pqr, 2, stop(), "", {L"P", L"Q", L"R"}, 0, true},
+        {"move the entry handed out", pqrs, 3, moveToFront(entry(L"R")), "", {L"R", L"P", L"Q", L"S"}, 3, true},
+        {"move a new entry", pq, 2, moveToFront(entry(L"N")), "", {L"N", L"P", L"Q"}, 2, true},
+        {"move while idle", pqr, 0, moveToFront(entry(L"Q")), "", {L"Q", L"P", L"R"}, 0, true},
+        {"move drops every match", {entry(L"P"), entry(L"P", 0, 0, 0, "", 7), entry(L"Q")}, 3,
+         moveToFront(entry(L"P")), "", {L"P", L"Q"}, 2, true},
+        {"delete before the position", pqrs, 2, deleteNamed(L"P"), "", {L"Q", L"R", L"S"}, 2, true},
+        {"delete at the end", pq, 2, deleteNamed(L"Q"), "", {L"P"}, 1, true},
+        {"delete the only entry", entriesNamed({L"P"}), 1, deleteNamed(L"P"), "", {}, 0, true},
+        {"delete every entry of the name",
+         {entry(L"D", 3, 0, 0, "\x01"), entry(L"D", 3, 0, 0, "\x02"), entry(L"K"), entry(L"D", 1, 9, 9, "", 3)}, 1,
+         deleteNamed(L"D"), "", {L"K"}, 1, true},
+        {"delete a name in another case", pq, 2, deleteNamed(L"p"), "", {L"P", L"Q"}, 2, false},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.what);
+        plant(kListValue, serialHex(*listOf(row.before, row.position)) + kTail);
+        EXPECT_EQ(row.handedOut, row.operation());
+        EXPECT_EQ(row.after, namesOf(*ZETSettings::getChooserPreferredNets()));
+        EXPECT_EQ(row.positionAfter, static_cast<unsigned>(std::stoi(storedHex(kListValue).substr(0, 2), 0, 16)));
+        EXPECT_EQ(row.stored, !tailStillThere(kListValue));
+    }
+}
+
+TEST_F(ChooserWalkTest, WithoutAListTheWalkCreatesNothingWhileStopAndMoveStoreOne)
+{
     bool wrapped = false;
-    EXPECT_EQ(L"S", step(false, wrapped));
-}
+    EXPECT_EQ(L"", step(true, wrapped));
+    EXPECT_EQ(L"", step(false, wrapped));
+    EXPECT_EQ("absent", storedHex(kListValue));
 
-TEST_F(ChooserWalkTest, MovingANewEntryLengthensTheListAndShiftsEveryOldEntry)
-{
-    storeList({L"P", L"Q"}, 2);
-    ZETSettings::moveChooserPreferredNetToFront(entry(L"N"));
-    EXPECT_EQ(Names({L"N", L"P", L"Q"}), storedNames());
-    bool wrapped = false;
-    EXPECT_EQ(L"Q", step(false, wrapped));
-}
+    ZETSettings::stopChooserAutoAssociate();
+    EXPECT_EQ("0000000000", storedHex(kListValue));
 
-TEST_F(ChooserWalkTest, MovingIntoAnAbsentListMakesAListOfThatEntryWithoutAWalk)
-{
-    ZETSettings::moveChooserPreferredNetToFront(entry(L"New", 3, 0, 0, "\xAA\xBB"));
-    boost::shared_ptr<ZETPreferredNetworks> list = ZETSettings::getChooserPreferredNets();
-    EXPECT_EQ(Names({L"New"}), namesOf(*list));
-    EXPECT_EQ(0u, list->position.value);
-    EXPECT_EQ(std::string("\xAA\xBB"), list->entries[0].macAddress.bytes());
+    const ZETPreferredNetEntry moved = entry(L"New", 3, 1, 2, "\xAA\xBB", 5);
+    ZETSettings::moveChooserPreferredNetToFront(moved);
+    EXPECT_EQ("00" "01000000" + serialHex(moved), storedHex(kListValue));
 }
 
 TEST_F(ChooserWalkTest, MovingReplacesOnlyTheEntriesOfTheSameNetwork)
@@ -211,87 +138,30 @@ TEST_F(ChooserWalkTest, MovingReplacesOnlyTheEntriesOfTheSameNetwork)
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
-        boost::shared_ptr<ZETPreferredNetworks> list(new ZETPreferredNetworks);
-        list->entries.push_back(entry(L"A"));
-        list->entries.push_back(c.stored);
-        ZETSettings::updateChooserPreferredNets(list);
-
+        ZETSettings::updateChooserPreferredNets(listOf({entry(L"A"), c.stored}));
         ZETSettings::moveChooserPreferredNetToFront(c.moved);
-        boost::shared_ptr<ZETPreferredNetworks> after = ZETSettings::getChooserPreferredNets();
-        ASSERT_EQ(c.replaces ? 2u : 3u, after->entries.size());
-        EXPECT_EQ(hex(serialForm(c.moved)), hex(serialForm(after->entries[0])));
-        EXPECT_EQ(L"A", std::wstring(after->entries[1].netName));
-        if (!c.replaces) {
-            EXPECT_EQ(hex(serialForm(c.stored)), hex(serialForm(after->entries[2])));
-        }
+        Entries expected = {c.moved, entry(L"A")};
+        if (!c.replaces)
+            expected.push_back(c.stored);
+        EXPECT_EQ(serialHex(*listOf(expected)), storedHex(kListValue));
     }
 }
 
-TEST_F(ChooserWalkTest, MovingDropsEveryMatchAndFindsTheEntryThatWasHandedOut)
+TEST_F(ChooserWalkTest, TheEntryHandedOutIsACopyThatFindsTheStoredOne)
 {
-    boost::shared_ptr<ZETPreferredNetworks> list(new ZETPreferredNetworks);
-    list->entries.push_back(entry(L"P", 1, 1, 1));
-    list->entries.push_back(entry(L"Q", 1, 1, 1));
-    list->entries.push_back(entry(L"P", 1, 1, 1, "", 7));
-    ZETSettings::updateChooserPreferredNets(list);
-    ZETSettings::moveChooserPreferredNetToFront(entry(L"P", 1, 1, 1));
-    EXPECT_EQ(Names({L"P", L"Q"}), storedNames());
-
+    const Entries stored = {entry(L"A", 3, 1, 2, "\x01\x02\x03\x04\x05\x06", 9), entry(L"B", 1, 4, 5)};
+    ZETSettings::updateChooserPreferredNets(listOf(stored));
     bool wrapped = false;
-    step(true, wrapped);
+    boost::shared_ptr<ZETPreferredNetEntry> first = ZETSettings::nextChooserPreferredNet(true, wrapped);
+    ASSERT_TRUE(first);
+    EXPECT_EQ(serialHex(stored[0]), serialHex(*first));
+    first->netName.append(L"x");
+    EXPECT_EQ(serialHex(*listOf(stored, 1)), storedHex(kListValue));
+
     boost::shared_ptr<ZETPreferredNetEntry> second = ZETSettings::nextChooserPreferredNet(false, wrapped);
     ASSERT_TRUE(second);
     ZETSettings::moveChooserPreferredNetToFront(*second);
-    EXPECT_EQ(Names({L"Q", L"P"}), storedNames());
-    EXPECT_EQ(2u, storedPosition());
-}
-
-TEST_F(ChooserWalkTest, DeletingBeforeThePositionMakesTheWalkPassAnEntryOver)
-{
-    storeList({L"P", L"Q", L"R", L"S"}, 2);
-    ZETSettings::deleteChooserPreferredNet(L"P");
-    EXPECT_EQ(Names({L"Q", L"R", L"S"}), storedNames());
-    EXPECT_EQ(2u, storedPosition());
-    bool wrapped = false;
-    EXPECT_EQ(L"S", step(false, wrapped));
-}
-
-TEST_F(ChooserWalkTest, DeletingTheLastPlacesBringsThePositionDown)
-{
-    storeList({L"P", L"Q"}, 2);
-    ZETSettings::deleteChooserPreferredNet(L"Q");
-    EXPECT_EQ(Names({L"P"}), storedNames());
-    EXPECT_EQ(1u, storedPosition());
-
-    ZETSettings::deleteChooserPreferredNet(L"P");
-    EXPECT_EQ("0000000000", hex(rawValue(kListValue)));
-    bool wrapped = true;
-    EXPECT_EQ(L"", step(false, wrapped));
-    EXPECT_FALSE(wrapped);
-}
-
-TEST_F(ChooserWalkTest, DeletingRemovesEveryEntryOfTheNameWhateverItsOtherMembers)
-{
-    boost::shared_ptr<ZETPreferredNetworks> list(new ZETPreferredNetworks);
-    list->entries.push_back(entry(L"D", 3, 0, 0, "\x01"));
-    list->entries.push_back(entry(L"D", 3, 0, 0, "\x02"));
-    list->entries.push_back(entry(L"K"));
-    list->entries.push_back(entry(L"D", 1, 9, 9, "", 3));
-    list->entries.push_back(entry(L"d"));
-    ZETSettings::updateChooserPreferredNets(list);
-    ZETSettings::deleteChooserPreferredNet(L"D");
-    EXPECT_EQ(Names({L"K", L"d"}), storedNames());
-}
-
-TEST_F(ChooserWalkTest, DeletingANameThatIsNotThereWritesNothing)
-{
-    plantWithTail({L"Net", L"Other"}, 2);
-    ZETSettings::deleteChooserPreferredNet(L"NET");
-    ZETSettings::deleteChooserPreferredNet(L"");
-    EXPECT_TRUE(tailStillThere());
-    ZETSettings::deleteChooserPreferredNet(L"Net");
-    EXPECT_FALSE(tailStillThere());
-    EXPECT_EQ(Names({L"Other"}), storedNames());
+    EXPECT_EQ(serialHex(*listOf({stored[1], stored[0]}, 2)), storedHex(kListValue));
 }
 
 }  // namespace
