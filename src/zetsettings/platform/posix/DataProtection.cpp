@@ -9,12 +9,14 @@
 #include <exception>
 
 #include "zetsettings/platform/posix/MachineKey.h"
+#include "zetsettings/platform/posix/MachineKeyCache.h"
 #include "zetsettings/platform/posix/ProtectedBlob.h"
 #include "zetsettings/platform/posix/StoreLocation.h"
 #include "zetsettings/platform/posix/Win32Portable.h"
 #include "zetsettings/platform/posix/registry/WideText.h"
 
 using zet::portable::MachineKey;
+using zet::portable::MachineKeyCache;
 using zet::portable::ProtectedBlob;
 
 namespace {
@@ -60,7 +62,7 @@ DWORD handOutDescription(const std::u16string& description, LPWSTR* out)
 DWORD protect(const DATA_BLOB& data, LPCWSTR description, const DATA_BLOB& entropy, DATA_BLOB& out)
 {
     MachineKey key;
-    const DWORD loaded = key.loadOrCreate(zet::portable::machineKeyPath(zet::portable::storeDirectory()));
+    const DWORD loaded = MachineKeyCache::fetch(zet::portable::machineKeyPath(zet::portable::storeDirectory()), true, key);
     if (loaded != ERROR_SUCCESS)
         return loaded;
     return ProtectedBlob::seal(key, zet::portable::registry::WideText::toUtf16(description), data, entropy, out);
@@ -69,7 +71,7 @@ DWORD protect(const DATA_BLOB& data, LPCWSTR description, const DATA_BLOB& entro
 DWORD unprotect(const DATA_BLOB& blob, const DATA_BLOB& entropy, LPWSTR* description, DATA_BLOB& out)
 {
     MachineKey key;
-    const DWORD loaded = key.load(zet::portable::machineKeyPath(zet::portable::storeDirectory()));
+    const DWORD loaded = MachineKeyCache::fetch(zet::portable::machineKeyPath(zet::portable::storeDirectory()), false, key);
     if (loaded != ERROR_SUCCESS)
         return loaded;
     std::u16string text;

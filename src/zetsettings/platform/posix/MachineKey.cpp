@@ -6,6 +6,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cstring>
+
 #include "zetsettings/platform/posix/StoreLocation.h"
 #include "zetsettings/platform/posix/SystemError.h"
 
@@ -67,15 +69,30 @@ int placeWithoutReplacing(const std::string& temporary, const std::string& path)
 
 }  // namespace
 
-MachineKey::MachineKey() : m_bytes() {}
+MachineKey::MachineKey() : m_bytes(), m_file(), m_fromFile(false) {}
 
 MachineKey::~MachineKey()
 {
     sodium_memzero(m_bytes, sizeof(m_bytes));
 }
 
+void MachineKey::copyFrom(const MachineKey& other)
+{
+    std::memcpy(m_bytes, other.m_bytes, sizeof(m_bytes));
+    m_file = other.m_file;
+    m_fromFile = other.m_fromFile;
+}
+
+bool MachineKey::loadedFrom(struct stat& file) const
+{
+    if (m_fromFile)
+        file = m_file;
+    return m_fromFile;
+}
+
 DWORD MachineKey::load(const std::string& path)
 {
+    m_fromFile = false;
     const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW);
     if (fd < 0)
         return win32ErrorFromErrno(errno);
@@ -110,6 +127,8 @@ DWORD MachineKey::readFrom(int fd)
             return ERROR_INVALID_DATA;
         got += static_cast<std::size_t>(read_);
     }
+    m_file = info;
+    m_fromFile = true;
     return ERROR_SUCCESS;
 }
 

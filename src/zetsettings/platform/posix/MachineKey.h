@@ -13,6 +13,7 @@
 #define ZETSETTINGS_PLATFORM_POSIX_MACHINEKEY_H
 
 #include <sodium.h>
+#include <sys/stat.h>
 
 #include <cstddef>
 #include <string>
@@ -40,6 +41,11 @@ public:
     DWORD loadOrCreate(const std::string& path);
 
     const unsigned char* bytes() const { return m_bytes; }
+    void copyFrom(const MachineKey& other);
+
+    // The file that the last successful load read the key from; false when the key was not
+    // read from a file (made here, or not loaded).
+    bool loadedFrom(struct stat& file) const;
 
 private:
     DWORD readFrom(int fd);
@@ -47,6 +53,8 @@ private:
     DWORD writeCandidate(const std::string& temporary);
 
     unsigned char m_bytes[kSize];
+    struct stat m_file;
+    bool m_fromFile;
 };
 
 }  // namespace portable
