@@ -2,6 +2,7 @@
 // from the running system.
 #include "zetsettings/ZETConfigParam.h"
 
+#include <map>
 #include <stdexcept>
 
 #include "zetsettings/ZETSettings.h"
@@ -26,68 +27,68 @@ const int kNothingStored = -1;
 
 // Each entry's mirror for one value type: the table's value goes to the registry, or a stored
 // one comes into the table.
-void mirror(ZETSettings& store, int mode, const std::wstring& key, std::wstring& value)
+void mirror(int mode, const std::wstring& key, std::wstring& value)
 {
     if (mode == kRegistryWins) {
-        const std::wstring stored = store.strGetConfiguratorValue(key);
+        const std::wstring stored = ZETSettings::strGetConfiguratorValue(key);
         // An empty text is what a missing value reads as.
         if (!stored.empty()) {
             value = stored;
             return;
         }
     }
-    store.strSetConfiguratorValue(key, value);
+    ZETSettings::strSetConfiguratorValue(key, value);
 }
 
-void mirror(ZETSettings& store, int mode, const std::wstring& key, int& value)
+void mirror(int mode, const std::wstring& key, int& value)
 {
     if (mode == kRegistryWins) {
-        const int stored = store.intGetConfiguratorValue(key);
+        const int stored = ZETSettings::intGetConfiguratorValue(key);
         // 0 is a real identifier; only -1 means nothing stored.
         if (stored != kNothingStored) {
             value = stored;
             return;
         }
     }
-    store.intSetConfiguratorValue(key, value);
+    ZETSettings::intSetConfiguratorValue(key, value);
 }
 
+// Only the object's own entries are walked: a key the version class has no default for is
+// neither read nor written.
 template <class Table>
-void mirrorTable(ZETSettings& store, int mode, Table& table)
+void mirrorTable(int mode, Table& table)
 {
     if (mode != kTableWins && mode != kRegistryWins)
         return;
     for (typename Table::iterator entry = table.begin(); entry != table.end(); ++entry)
-        mirror(store, mode, entry->first, entry->second);
+        mirror(mode, entry->first, entry->second);
 }
 
-int registryMode(ZETSettings& store)
+// A machine that never had a mode gets "table wins", stored for the loads to come.
+int registryMode()
 {
-    const int mode = store.intGetConfiguratorValue(zet::params::kRegistryMode);
+    const int mode = ZETSettings::intGetConfiguratorValue(zet::params::kRegistryMode);
     if (mode != kNothingStored)
         return mode;
-    store.intSetConfiguratorValue(zet::params::kRegistryMode, kTableWins);
+    ZETSettings::intSetConfiguratorValue(zet::params::kRegistryMode, kTableWins);
     return kTableWins;
 }
 
-}  // namespace
-
-void ZETConfigParam::LoadFromRegistry(const std::wstring& adapterId)
+// The folder's name in the system's language; left as it was when the key can't be read.
+void takePanelCaption(std::map<std::wstring, std::wstring>& texts)
 {
-    ZETSettings store;
-    const int mode = registryMode(store);
-    mirrorTable(store, mode, m_configStrings);
-    mirrorTable(store, mode, m_configInts);
-
-    // The captions go to the object only: they come after the mirror, so they are never
-    // written back and win over what the family holds.
     try {
         CRegistryKey folder(HKEY_LOCAL_MACHINE, kConnectionsFolderKey, KEY_READ);
         const CRegistryKey::Value name = folder.QueryValue(nullptr);
-        m_configStrings[zet::params::kNetworkPanelCaption] = static_cast<const wchar_t*>(name);
+        texts[zet::params::kNetworkPanelCaption] = static_cast<const wchar_t*>(name);
     } catch (CRegistryKey::Exception&) {
     }
+}
 
+// The connection name of the adapter whose GUID in braces ends adapterId; left as it was when
+// no adapter matches or its name can't be read.
+void takeAdapterCaption(const std::wstring& adapterId, std::map<std::wstring, std::wstring>& texts)
+{
     try {
         CRegistryKey adapters(HKEY_LOCAL_MACHINE, kAdapterClassKey, KEY_READ);
         for (CRegistryKey::SubkeyIterator it = adapters.BeginSubkeyIteration();
@@ -100,10 +101,23 @@ void ZETConfigParam::LoadFromRegistry(const std::wstring& adapterId)
             if (!adapter.HasSubkey(kConnectionSubkey, KEY_READ))
                 continue;
             CRegistryKey connection = adapter.OpenKey(kConnectionSubkey, KEY_READ);
-            m_configStrings[zet::params::kAdapterCaption] = connection.QueryValue(kConnectionName).AsString();
-            break;
+            texts[zet::params::kAdapterCaption] = connection.QueryValue(kConnectionName).AsString();
+            return;
         }
     } catch (std::exception&) {
     } catch (CRegistryKey::Exception&) {
     }
+}
+
+}  // namespace
+
+void ZETConfigParam::LoadFromRegistry(const std::wstring& adapterId)
+{
+    const int mode = registryMode();
+    mirrorTable(mode, m_configStrings);
+    mirrorTable(mode, m_configInts);
+    // The captions come after the mirror, so they go to the object only: never written back,
+    // and they win over what the family holds.
+    takePanelCaption(m_configStrings);
+    takeAdapterCaption(adapterId, m_configStrings);
 }

@@ -3,225 +3,161 @@
 #include <gtest/gtest.h>
 
 #include <map>
+#include <optional>
 #include <string>
-#include <vector>
 
 #include "support/TestRegistry.h"
 #include "zetsettings/ZETConfigParam.h"
 #include "zetsettings/ZETSettings.h"
+#include "zetsettings/components/CRegistryKey.h"
 #include "zetsettings/params/tests/ParamTestSupport.h"
+#include "zetsettings/store/tests/RawRegistry.h"
 
-namespace
-{
+namespace {
 
-using paramtest::kModeName;
 typedef ZETConfigParamTestAccess Access;
+typedef std::map<std::wstring, int> Numbers;
+typedef std::map<std::wstring, std::wstring> Texts;
 
+const wchar_t kMode[] = L"ZET_CONFIGURATOR_REGISTRY_MODE";
 const wchar_t kPanel[] = L"ZET_NETWORK_PANEL_CAPTION";
 const wchar_t kAdapter[] = L"ZET_ADAPTER_CAPTION";
 const wchar_t kServer[] = L"ZET_CONNECT_TO_THESE_SERVERS_STRING";
 const wchar_t kRootList[] = L"ZET_LIST_OF_ROOT_CERT_TO_CHECK";
 const wchar_t kMainTimeout[] = L"ZET_MAIN_WINDOW_TIMEOUT";
-const wchar_t kChildTimeout[] = L"ZET_CHILD_WINDOW_TIMEOUT";
 const wchar_t kEnable8021x[] = L"ZET_ENABLE_8021X_CTRL_ID";
 const wchar_t kEapType[] = L"ZET_EAP_TYPE_CTRL_ID";
+const wchar_t kForeign[] = L"ZET_NOT_A_PARAMETER";
+const wchar_t kStoredRoots[] = L"\"Root A\", \"Root B\"";
 
 const wchar_t kFolderKey[] = L"SOFTWARE\\Classes\\CLSID\\{7007ACC7-3202-11D1-AAD2-00805FC1270E}";
 const std::wstring kAdapterClassKey =
     L"System\\CurrentControlSet\\Control\\Network\\{4D36E972-E325-11CE-BFC1-08002BE10318}\\";
+const std::wstring kGuid = L"{1A2B3C4D-0000-1111-2222-333344445555}";
 
-class RegistryLoadTest : public zettest::RegistryTest
-{
-protected:
-    void SetUp() override
-    {
-        // The portable machine runs XP SP2 here, so that the table is full; Wine runs its
-        // default version, of class Other.
-        if (zettest::TestRegistry::isPortable())
-            paramtest::setEmulatedVersion(L"5.1", L"Service Pack 2", L"2600");
-        param.InitializeDefaults();
-        tableTexts = Access::texts(param);
-        tableNumbers = Access::numbers(param);
-    }
-
-    static void setMode(int mode) { ZETSettings::intSetConfiguratorValue(kModeName, mode); }
-
-    ZETConfigParam param;
-    std::map<std::wstring, std::wstring> tableTexts;
-    std::map<std::wstring, int> tableNumbers;
+struct Family {
+    Numbers numbers;
+    Texts texts;
 };
 
-TEST_F(RegistryLoadTest, TheFirstLoadStoresModeZeroAndTheWholeTable)
+// Every value of ConfiguratorSettings as stored, numbers and texts apart.
+Family storedFamily()
 {
-    param.LoadFromRegistry(L"{00000000-0000-0000-0000-000000000000}");
-
-    const paramtest::StoredFamily family = paramtest::readConfiguratorFamily();
-    std::map<std::wstring, int> expectedNumbers = tableNumbers;
-    expectedNumbers[kModeName] = 0;
-    EXPECT_EQ(expectedNumbers, family.numbers);
-    EXPECT_EQ(tableTexts, family.texts);
-    EXPECT_EQ(0, family.otherTypes);
-    // Without the system keys the captions stay the table's.
-    EXPECT_EQ(tableTexts, Access::texts(param));
-    EXPECT_EQ(tableNumbers, Access::numbers(param));
-    if (zettest::TestRegistry::isPortable()) {
-        EXPECT_EQ(62u, family.texts.size() + family.numbers.size() - 1);
-        EXPECT_EQ(L"Network Connections", family.texts.at(kPanel));
-        EXPECT_EQ(L"Wireless Network Connection", family.texts.at(kAdapter));
+    Family family;
+    const JetByteTools::CRegistryKey key(HKEY_LOCAL_MACHINE, L"Software\\Orvane\\QXL\\ConfiguratorSettings", KEY_READ);
+    for (auto it = key.BeginValueIteration(); it != key.EndValueIteration(); ++it) {
+        const JetByteTools::CRegistryKey::Value value = key.QueryValue(it.GetName().c_str());
+        if (value.Type() == REG_DWORD)
+            family.numbers[it.GetName()] = static_cast<int>(value.AsDWORD());
+        else
+            family.texts[it.GetName()] = value.AsString();
     }
+    return family;
 }
 
-TEST_F(RegistryLoadTest, ModeZeroWritesTheTableOverChangedValues)
-{
-    setMode(0);
-    ZETSettings::intSetConfiguratorValue(kMainTimeout, 99);
-    ZETSettings::strSetConfiguratorValue(kServer, L"elsewhere.example");
-    ZETSettings::intSetConfiguratorValue(L"ZET_NOT_A_PARAMETER", 5);
-
-    param.LoadFromRegistry(L"");
-
-    EXPECT_EQ(30, param.getMainWindowTimeout());
-    EXPECT_EQ(tableTexts.at(kServer), param.getConnectToTheseServersString());
-    const paramtest::StoredFamily family = paramtest::readConfiguratorFamily();
-    EXPECT_EQ(30, family.numbers.at(kMainTimeout));
-    EXPECT_EQ(tableTexts.at(kServer), family.texts.at(kServer));
-    EXPECT_EQ(5, family.numbers.at(L"ZET_NOT_A_PARAMETER"));
-    EXPECT_EQ(0, family.numbers.at(kModeName));
-}
-
-TEST_F(RegistryLoadTest, ModeOneTakesStoredValuesAndWritesTheMissingOnes)
-{
-    setMode(1);
-    ZETSettings::intSetConfiguratorValue(kEnable8021x, 0);  // a real identifier
-    ZETSettings::intSetConfiguratorValue(kEapType, -1);     // reads as nothing stored
-    ZETSettings::intSetConfiguratorValue(kChildTimeout, 25);
-    ZETSettings::strSetConfiguratorValue(kServer, L"");  // reads as nothing stored
-    ZETSettings::strSetConfiguratorValue(kRootList, L"\"Root A\", \"Root B\"");
-
-    param.LoadFromRegistry(L"");
-
-    EXPECT_EQ(0, param.getEnable8021xCtrlId());
-    EXPECT_EQ(tableNumbers.at(kEapType), param.getEapTypeCtrlId());
-    EXPECT_EQ(25, param.getChildWindowTimeout());
-    EXPECT_EQ(tableTexts.at(kServer), param.getConnectToTheseServersString());
-    EXPECT_EQ((std::vector<std::wstring>{L"Root A", L"Root B"}), param.getListOfRootCertToCheck());
-
-    // Everything the object didn't take from the registry is stored with the table's value.
-    std::map<std::wstring, int> expectedNumbers = tableNumbers;
-    expectedNumbers[kModeName] = 1;
-    expectedNumbers[kEnable8021x] = 0;
-    expectedNumbers[kChildTimeout] = 25;
-    std::map<std::wstring, std::wstring> expectedTexts = tableTexts;
-    expectedTexts[kRootList] = L"\"Root A\", \"Root B\"";
-    const paramtest::StoredFamily family = paramtest::readConfiguratorFamily();
-    EXPECT_EQ(expectedNumbers, family.numbers);
-    EXPECT_EQ(expectedTexts, family.texts);
-}
-
-TEST_F(RegistryLoadTest, ModeOneReadsOnlyTheKeysTheObjectHolds)
-{
-    setMode(1);
-    ZETSettings::intSetConfiguratorValue(L"ZET_XP_AUTO_CONNECT_CTRL_ID", 5);
-    ZETSettings::strSetConfiguratorValue(kServer, L"stored.example");
-
-    ZETConfigParam empty;
-    empty.LoadFromRegistry(L"");
-
-    EXPECT_TRUE(Access::numbers(empty).empty());
-    EXPECT_TRUE(Access::texts(empty).empty());
-    EXPECT_EQ(0, empty.getXpAutoConnectCtrlId());
-}
-
-TEST_F(RegistryLoadTest, AnyOtherModeNeitherReadsNorWritesTheTable)
-{
-    for (int mode : {2, -7}) {
-        setMode(mode);
-        ZETSettings::intSetConfiguratorValue(kMainTimeout, 99);
-        ZETConfigParam loaded(param);
-        loaded.LoadFromRegistry(L"");
-
-        EXPECT_EQ(30, loaded.getMainWindowTimeout()) << "mode " << mode;
-        const paramtest::StoredFamily family = paramtest::readConfiguratorFamily();
-        EXPECT_EQ((std::map<std::wstring, int>{{kModeName, mode}, {kMainTimeout, 99}}), family.numbers)
-            << "mode " << mode;
-        EXPECT_TRUE(family.texts.empty()) << "mode " << mode;
-    }
-}
-
-TEST_F(RegistryLoadTest, ThePanelCaptionComesFromTheConnectionsFolderInEveryModeAndStaysInTheObject)
+// The system names the connections folder and the adapter's connection in its own language.
+void plantSystemCaptions()
 {
     rawreg::writeText(kFolderKey, L"", L"Netzwerkverbindungen");
-    for (int mode : {0, 1, 2}) {
-        setMode(mode);
-        ZETSettings::strSetConfiguratorValue(kPanel, L"Stored caption");
-        ZETConfigParam loaded(param);
-        loaded.LoadFromRegistry(L"");
-
-        EXPECT_EQ(L"Netzwerkverbindungen", loaded.getNetworkPanelCaption()) << "mode " << mode;
-        const std::wstring stored = paramtest::readConfiguratorFamily().texts.at(kPanel);
-        EXPECT_EQ(mode == 0 && tableTexts.count(kPanel) ? tableTexts.at(kPanel) : L"Stored caption", stored)
-            << "mode " << mode;
-    }
+    rawreg::writeText(kAdapterClassKey + kGuid + L"\\Connection", L"Name", L"WLAN 7");
 }
 
-class AdapterCaptionTest : public RegistryLoadTest
-{
+class RegistryLoadTest : public zettest::RegistryTest {
 protected:
-    static const std::wstring kGuid;
-
     void SetUp() override
     {
-        RegistryLoadTest::SetUp();
-        // No mirror: the captions are taken in every mode, and the loads stay quick.
-        setMode(2);
-        rawreg::writeText(kAdapterClassKey + kGuid + L"\\Connection", L"Name", L"WLAN 7");
-        // An adapter without a Connection subkey, and one whose Connection has no Name.
-        rawreg::writeText(kAdapterClassKey + kNoConnection + L"\\Ndi", L"Service", L"tcpip");
-        rawreg::writeText(kAdapterClassKey + kNoName + L"\\Connection", L"PnpInstanceID", L"PCI\\VEN_1");
-        Access::texts(param)[kAdapter] = L"Caption before";
+        // Natively the machine runs XP SP2, so that the table is full; Wine runs its default
+        // version, of class Other. Every key the tests change is in both tables.
+        if (zettest::TestRegistry::isPortable()) {
+            rawreg::writeText(kWindowsVersionKey, L"CurrentVersion", L"5.1");
+            rawreg::writeText(kWindowsVersionKey, L"CSDVersion", L"Service Pack 2");
+        }
+        table.InitializeDefaults();
     }
 
-    std::wstring captionAfterLoadWith(const std::wstring& adapterId)
-    {
-        ZETConfigParam loaded(param);
-        loaded.LoadFromRegistry(adapterId);
-        return loaded.getAdapterCaption();
-    }
-
-    const std::wstring kNoConnection = L"{99999999-0000-1111-2222-333344445555}";
-    const std::wstring kNoName = L"{88888888-0000-1111-2222-333344445555}";
+    ZETConfigParam table;
 };
 
-const std::wstring AdapterCaptionTest::kGuid = L"{1A2B3C4D-0000-1111-2222-333344445555}";
+class RegistryModeTest : public RegistryLoadTest, public ::testing::WithParamInterface<std::optional<int>> {};
 
-TEST_F(AdapterCaptionTest, TheNameOfTheMatchingAdaptersConnectionIsTaken)
+TEST_P(RegistryModeTest, TheTableFollowsTheModeAndTheCaptionsComeFromTheSystem)
 {
-    EXPECT_EQ(L"WLAN 7", captionAfterLoadWith(L"\\Device\\" + kGuid));
-    EXPECT_EQ(L"WLAN 7", captionAfterLoadWith(kGuid));
+    const std::optional<int> mode = GetParam();
+    if (mode)
+        ZETSettings::intSetConfiguratorValue(kMode, *mode);
+    // Someone else's values: changed ones, ones that read as nothing stored (-1 and the empty
+    // text; 0 is an identifier), and one that is no parameter.
+    Family planted = {{{kMainTimeout, 99}, {kEnable8021x, 0}, {kEapType, -1}, {kForeign, 5}},
+                      {{kServer, L""}, {kRootList, kStoredRoots}}};
+    for (const auto& value : planted.numbers)
+        ZETSettings::intSetConfiguratorValue(value.first, value.second);
+    for (const auto& value : planted.texts)
+        ZETSettings::strSetConfiguratorValue(value.first, value.second);
+    plantSystemCaptions();
 
-    // An object without the entry gets one. The mirror runs before the caption is taken, so
-    // even in mode 0 nothing of it reaches the family.
-    setMode(0);
+    ZETConfigParam param(table);
+    param.LoadFromRegistry(L"\\Device\\" + kGuid);
+
+    // Mode 1 takes what is stored; modes 0 and 1 then leave the family holding the object's
+    // values, the mode (0 for a first load) and the foreign value; any other mode touches nothing.
+    Numbers numbers = Access::numbers(table);
+    Texts texts = Access::texts(table);
+    if (mode == 1) {
+        numbers[kMainTimeout] = 99;
+        numbers[kEnable8021x] = 0;
+        texts[kRootList] = kStoredRoots;
+    }
+    Family expected = planted;
+    if (!mode || *mode == 0 || *mode == 1)
+        expected = {numbers, texts};
+    expected.numbers[kMode] = mode.value_or(0);
+    expected.numbers[kForeign] = 5;
+    const Family stored = storedFamily();
+    EXPECT_EQ(expected.numbers, stored.numbers);
+    EXPECT_EQ(expected.texts, stored.texts);
+
+    // The captions go to the object only, after the mirror.
+    texts[kPanel] = L"Netzwerkverbindungen";
+    texts[kAdapter] = L"WLAN 7";
+    EXPECT_EQ(numbers, Access::numbers(param));
+    EXPECT_EQ(texts, Access::texts(param));
+
+    // Only the object's own entries are walked; the captions are made where there are none.
     ZETConfigParam empty;
     empty.LoadFromRegistry(kGuid);
-    EXPECT_EQ(L"WLAN 7", Access::texts(empty).at(kAdapter));
-    EXPECT_EQ(0u, paramtest::readConfiguratorFamily().texts.count(kAdapter));
+    EXPECT_TRUE(Access::numbers(empty).empty());
+    EXPECT_EQ((Texts{{kAdapter, L"WLAN 7"}, {kPanel, L"Netzwerkverbindungen"}}), Access::texts(empty));
 }
 
-TEST_F(AdapterCaptionTest, ArgumentsThatMatchNoAdapterLeaveTheCaptionAsItWas)
+INSTANTIATE_TEST_SUITE_P(Modes, RegistryModeTest, ::testing::Values(std::nullopt, 0, 1, 2, -7),
+                         [](const ::testing::TestParamInfo<std::optional<int>>& info) {
+                             return info.param ? "Mode" + std::to_string(DWORD(*info.param)) : std::string("FirstLoad");
+                         });
+
+TEST_F(RegistryLoadTest, AnArgumentThatNamesNoAdaptersConnectionLeavesTheCaptionAsItWas)
 {
+    ZETSettings::intSetConfiguratorValue(kMode, 2);  // no mirror: only the captions are at stake
+    const std::wstring noConnection = L"{99999999-0000-1111-2222-333344445555}";
+    const std::wstring noName = L"{88888888-0000-1111-2222-333344445555}";
+    rawreg::writeText(kAdapterClassKey + kGuid + L"\\Connection", L"Name", L"WLAN 7");
+    rawreg::writeText(kAdapterClassKey + noConnection + L"\\Ndi", L"Service", L"tcpip");
+    rawreg::writeText(kAdapterClassKey + noName + L"\\Connection", L"PnpInstanceID", L"PCI\\VEN_1");
+    Access::texts(table)[kAdapter] = L"Caption before";
     const std::wstring arguments[] = {
         L"\\Device\\" + kGuid + L"x",               // more after the closing brace
         L"x{junk}" + kGuid,                         // the cut starts at the first brace
         L"{1a2b3c4d-0000-1111-2222-333344445555}",  // names compare with their case
-        L"",                                        // no brace: the cut throws, and is caught
-        L"no brace at all",
-        kNoConnection,  // matches, but there is no connection to name
-        kNoName,
+        L"no brace",                                // the cut throws, and is caught
+        noConnection,
+        noName,
     };
-    for (const std::wstring& argument : arguments)
-        EXPECT_EQ(L"Caption before", captionAfterLoadWith(argument))
-            << std::string(argument.begin(), argument.end());
+    for (const std::wstring& argument : arguments) {
+        ZETConfigParam param(table);
+        param.LoadFromRegistry(argument);
+        EXPECT_EQ(L"Caption before", param.getAdapterCaption()) << std::string(argument.begin(), argument.end());
+        // Without the connections folder's key the panel caption stays the table's.
+        EXPECT_EQ(table.getNetworkPanelCaption(), param.getNetworkPanelCaption());
+    }
 }
 
 }  // namespace
