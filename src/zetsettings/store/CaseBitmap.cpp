@@ -5,6 +5,7 @@
 #include "zetsettings/ZETSettings.h"
 
 #include <cstddef>
+#include <vector>
 
 #include "zetsettings/serial/ZETUtf16.h"
 
@@ -46,10 +47,21 @@ unsigned digitValue(wchar_t digit)
     return 0;
 }
 
-// The bit of one code unit; at() throws std::out_of_range where the digits run out.
-bool isCapitalUnit(const std::wstring& digits, std::size_t unit)
+// The value of each UTF-16 code unit of the digits. A character beyond U+FFFF is two units,
+// neither of them a digit, so a foreign name has the same number of digits on every platform.
+std::vector<unsigned> digitUnits(const std::wstring& digits)
 {
-    const unsigned value = digitValue(digits.at(unit / kUnitsPerDigit));
+    std::vector<unsigned> values;
+    values.reserve(digits.size());
+    for (wchar_t digit : digits)
+        values.insert(values.end(), unitsOf(digit), digitValue(digit));
+    return values;
+}
+
+// The bit of one code unit; at() throws std::out_of_range where the digits run out.
+bool isCapitalUnit(const std::vector<unsigned>& digits, std::size_t unit)
+{
+    const unsigned value = digits.at(unit / kUnitsPerDigit);
     return (value >> (kUnitsPerDigit - 1 - unit % kUnitsPerDigit)) & 1u;
 }
 
@@ -100,7 +112,7 @@ std::wstring ZETSettings::removeCaseBitmap(const std::wstring& valueName)
         return std::wstring();
     // The digits never hold a "_": underscores of the name itself stand before the last one.
     std::wstring networkName = valueName.substr(0, separator);
-    const std::wstring digits = valueName.substr(separator + 1);
+    const std::vector<unsigned> digits = digitUnits(valueName.substr(separator + 1));
 
     std::size_t unit = 0;
     for (wchar_t& character : networkName) {

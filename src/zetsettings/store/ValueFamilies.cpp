@@ -1,6 +1,8 @@
 // The named value families of the sibling programs, and RasMan's EAP settings.
 #include "zetsettings/ZETSettings.h"
 
+#include <cstdlib>
+
 #include "zetsettings/components/ZETMutexGrabber.h"
 #include "zetsettings/store/MallocedPtr.h"
 #include "zetsettings/store/ValueFamily.h"
@@ -146,8 +148,11 @@ DWORD ZETSettings::strGetRasmanEapSettings(const std::wstring& name, std::wstrin
     ZETMutexGrabber grabber(sm_mutex, true);
     wchar_t* text = 0;
     const DWORD code = onRasmanEapKey(KEY_READ, [&](CRegistryKey& key) { key.QueryValue(name.c_str(), &text); });
-    // value keeps what the caller passed unless a text was read.
-    zet::takeText(text, value);
+    // On a failure value keeps what the caller passed: it is neither cleared nor half-written.
+    if (code == ERROR_SUCCESS)
+        zet::takeText(text, value);
+    else
+        std::free(text);
     return code;
 }
 
