@@ -23,10 +23,7 @@ const std::wstring kDatabase = kBase + L"\\FallbackDatabase";
 inline bool keyExists(const std::wstring& path)
 {
     HKEY key = 0;
-    if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, path.c_str(), 0, KEY_READ, &key) != ERROR_SUCCESS)
-        return false;
-    RegCloseKey(key);
-    return true;
+    return RegOpenKeyExW(HKEY_LOCAL_MACHINE, path.c_str(), 0, KEY_READ, &key) == ERROR_SUCCESS && !RegCloseKey(key);
 }
 
 // The value's data as stored; false when it can't be read.
@@ -81,42 +78,26 @@ inline void storeProtected(const std::wstring& name, const std::string& plain)
     writeRaw(kBase, name, ZETProtectData().encryptData(ZETBuf(plain.data(), plain.size()), ZETBuf("")).bytes());
 }
 
-// The text in each encoding that might reach the store. Test texts stay in the BMP.
-inline std::vector<std::string> encodings(const std::wstring& text)
+// Whether the text stands in the bytes as UTF-16, UTF-32 or UTF-8 (test texts stay below U+0800).
+inline bool holdsText(const std::string& bytes, const std::wstring& text)
 {
     std::string utf16, utf32, utf8;
     for (wchar_t c : text) {
-        const unsigned code = static_cast<unsigned>(c) & 0xFFFF;
-        utf16 += static_cast<char>(code & 0xFF);
-        utf16 += static_cast<char>(code >> 8);
-        utf32 += utf16.substr(utf16.size() - 2) + std::string(2, '\0');
-        if (code < 0x80) {
-            utf8 += static_cast<char>(code);
-        } else if (code < 0x800) {
-            utf8 += static_cast<char>(0xC0 | (code >> 6));
-            utf8 += static_cast<char>(0x80 | (code & 0x3F));
-        } else {
-            utf8 += static_cast<char>(0xE0 | (code >> 12));
-            utf8 += static_cast<char>(0x80 | ((code >> 6) & 0x3F));
-            utf8 += static_cast<char>(0x80 | (code & 0x3F));
-        }
+        const unsigned code = static_cast<unsigned>(c);
+        utf16 += {static_cast<char>(code & 0xFF), static_cast<char>(code >> 8)};
+        utf32 += {static_cast<char>(code & 0xFF), static_cast<char>(code >> 8), '\0', '\0'};
+        utf8 += code < 0x80 ? std::string(1, static_cast<char>(code))
+                            : std::string{static_cast<char>(0xC0 | code >> 6), static_cast<char>(0x80 | (code & 0x3F))};
     }
-    return {utf16, utf32, utf8};
-}
-
-inline bool holdsText(const std::string& bytes, const std::wstring& text)
-{
-    for (const std::string& encoded : encodings(text))
-        if (bytes.find(encoded) != std::string::npos)
-            return true;
-    return false;
+    return bytes.find(utf16) != std::string::npos || bytes.find(utf32) != std::string::npos ||
+           bytes.find(utf8) != std::string::npos;
 }
 
 // What an attacker with a copy of the store sees: natively every file of the store; with the
 // system's registry (no files of ours to read) the data of the protected values.
 inline std::string rawStoreBytes(const zettest::TestRegistry& registry)
 {
-    std::string all;
+    std::string all, data;
     if (zettest::TestRegistry::isPortable()) {
         for (const auto& file : std::filesystem::recursive_directory_iterator(registry.storeDirectory()))
             if (file.is_regular_file()) {
@@ -125,7 +106,6 @@ inline std::string rawStoreBytes(const zettest::TestRegistry& registry)
             }
         return all;
     }
-    std::string data;
     for (const wchar_t* name : {L"UserSettings", L"LoginSettings", L"FallbackKeys"})
         if (readRaw(kBase, name, data))
             all += data;
