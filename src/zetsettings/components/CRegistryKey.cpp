@@ -1,5 +1,6 @@
 #include "zetsettings/components/CRegistryKey.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <cwchar>
@@ -205,14 +206,17 @@ bool CRegistryKey::HasSubkey(const wchar_t* subKey, REGSAM access) const
 
 void CRegistryKey::Read(const wchar_t* name, DWORD& type, std::basic_string<BYTE>& data) const
 {
-    // The size may change between the two calls when another process writes: ask again.
+    // Most values fit a first guess, and then one call reads them. A longer value reports its
+    // size, which may grow again before the next call when another process writes: ask again.
+    const DWORD kFirstGuess = 1024;
+    DWORD size = kFirstGuess;
     for (;;) {
-        DWORD size = 0;
-        check(RegQueryValueExW(m_key, name, 0, &type, 0, &size), L"RegQueryValueExW");
-        data.assign(size, 0);
+        data.resize(size);
         const LSTATUS status = RegQueryValueExW(m_key, name, 0, &type, size ? &data[0] : 0, &size);
-        if (status == ERROR_MORE_DATA)
+        if (status == ERROR_MORE_DATA) {
+            size = std::max<DWORD>(size, static_cast<DWORD>(data.size()) * 2);
             continue;
+        }
         check(status, L"RegQueryValueExW");
         data.resize(size);
         return;
