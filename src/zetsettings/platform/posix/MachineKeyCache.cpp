@@ -1,7 +1,7 @@
 #include "zetsettings/platform/posix/MachineKeyCache.h"
 
+#include <pthread.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 namespace zet {
 namespace portable {
@@ -10,11 +10,17 @@ namespace {
 struct CachedKey {
     bool valid = false;
     std::string path;
-    uid_t user = 0;
     MachineKey key;
 };
 
 thread_local CachedKey t_cached;
+
+// A child starts without the parent's key: it may drop its rights before its first use, and
+// the owner checks of a load must then apply to it.
+void forgetInChild()
+{
+    t_cached.valid = false;
+}
 
 bool sameTime(const timespec& a, const timespec& b)
 {
@@ -27,12 +33,11 @@ bool sameFile(const struct stat& a, const struct stat& b)
            a.st_uid == b.st_uid && sameTime(a.st_mtim, b.st_mtim) && sameTime(a.st_ctim, b.st_ctim);
 }
 
-// The owner check of a load depends on the effective user, so a change of user loads anew.
 bool stillValid(const CachedKey& cached, const std::string& path)
 {
     struct stat loaded;
     struct stat now;
-    return cached.valid && cached.path == path && cached.user == geteuid() && cached.key.loadedFrom(loaded) &&
+    return cached.valid && cached.path == path && cached.key.loadedFrom(loaded) &&
            lstat(path.c_str(), &now) == 0 && sameFile(loaded, now);
 }
 
@@ -40,6 +45,8 @@ bool stillValid(const CachedKey& cached, const std::string& path)
 
 DWORD MachineKeyCache::fetch(const std::string& path, bool create, MachineKey& key)
 {
+    static const bool registered = pthread_atfork(nullptr, nullptr, &forgetInChild) == 0;
+    (void)registered;
     CachedKey& cached = t_cached;
     if (stillValid(cached, path)) {
         key.copyFrom(cached.key);
@@ -51,7 +58,6 @@ DWORD MachineKeyCache::fetch(const std::string& path, bool create, MachineKey& k
     if (result == ERROR_SUCCESS && key.loadedFrom(file)) {
         cached.key.copyFrom(key);
         cached.path = path;
-        cached.user = geteuid();
         cached.valid = true;
     }
     return result;
