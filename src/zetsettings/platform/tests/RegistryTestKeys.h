@@ -94,48 +94,36 @@ inline LONG setString(HKEY key, const wchar_t* name, const std::wstring& text, D
                           static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t)));
 }
 
-// The value's data as wide units, terminator included as stored.
-inline LONG getWide(HKEY key, const wchar_t* name, std::wstring& data, DWORD* type = nullptr)
+// Every name that `enumerate` (RegEnumKeyExW or RegEnumValueW, less their optional arguments)
+// gives, index by index, until it reports the end.
+template <typename Enumerate>
+std::vector<std::wstring> namesOf(HKEY key, size_t longest, Enumerate enumerate)
 {
-    DWORD size = 0;
-    LONG status = RegQueryValueExW(key, name, nullptr, type, nullptr, &size);
-    if (status != ERROR_SUCCESS)
-        return status;
-    std::vector<wchar_t> buffer(size / sizeof(wchar_t) + 1);
-    status = RegQueryValueExW(key, name, nullptr, type, reinterpret_cast<BYTE*>(buffer.data()), &size);
-    if (status == ERROR_SUCCESS)
-        data.assign(buffer.data(), size / sizeof(wchar_t));
-    return status;
+    std::vector<std::wstring> names;
+    std::vector<wchar_t> buffer(longest + 1);
+    for (DWORD index = 0;; ++index) {
+        DWORD units = static_cast<DWORD>(buffer.size());
+        const LONG status = enumerate(key, index, buffer.data(), &units);
+        if (status != ERROR_SUCCESS) {
+            EXPECT_EQ(ERROR_NO_MORE_ITEMS, status);
+            return names;
+        }
+        names.emplace_back(buffer.data(), units);
+    }
 }
 
 inline std::vector<std::wstring> subkeyNames(HKEY key)
 {
-    std::vector<std::wstring> names;
-    std::vector<wchar_t> buffer(256);
-    for (DWORD index = 0;; ++index) {
-        DWORD units = static_cast<DWORD>(buffer.size());
-        const LONG status = RegEnumKeyExW(key, index, buffer.data(), &units, nullptr, nullptr, nullptr, nullptr);
-        if (status != ERROR_SUCCESS) {
-            EXPECT_EQ(ERROR_NO_MORE_ITEMS, status);
-            return names;
-        }
-        names.emplace_back(buffer.data(), units);
-    }
+    return namesOf(key, 255, [](HKEY k, DWORD i, wchar_t* name, DWORD* units) {
+        return RegEnumKeyExW(k, i, name, units, nullptr, nullptr, nullptr, nullptr);
+    });
 }
 
 inline std::vector<std::wstring> valueNames(HKEY key)
 {
-    std::vector<std::wstring> names;
-    std::vector<wchar_t> buffer(16384);
-    for (DWORD index = 0;; ++index) {
-        DWORD units = static_cast<DWORD>(buffer.size());
-        const LONG status = RegEnumValueW(key, index, buffer.data(), &units, nullptr, nullptr, nullptr, nullptr);
-        if (status != ERROR_SUCCESS) {
-            EXPECT_EQ(ERROR_NO_MORE_ITEMS, status);
-            return names;
-        }
-        names.emplace_back(buffer.data(), units);
-    }
+    return namesOf(key, 16383, [](HKEY k, DWORD i, wchar_t* name, DWORD* units) {
+        return RegEnumValueW(k, i, name, units, nullptr, nullptr, nullptr, nullptr);
+    });
 }
 
 }  // namespace zettest

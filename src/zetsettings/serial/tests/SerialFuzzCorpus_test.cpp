@@ -42,12 +42,8 @@ void replay(const fs::path& folder, std::size_t atLeast)
 
 } // namespace
 
-TEST(SerialFuzzCorpus, SeedsPassEveryCheck)
+TEST(SerialFuzzCorpus, SeedsAndKeptFindingsPassEveryCheck)
 {
     replay(fuzzFolder() / "seeds", 10);
-}
-
-TEST(SerialFuzzCorpus, KeptFindingsPassEveryCheck)
-{
     replay(fuzzFolder() / "regressions", 0);
 }

@@ -35,19 +35,6 @@ inline Bytes operator+(Bytes a, const Bytes& b)
     return a;
 }
 
-inline std::string toHex(const Bytes& bytes)
-{
-    static const char digits[] = "0123456789ABCDEF";
-    std::string out;
-    for (std::size_t i = 0; i < bytes.size(); ++i) {
-        if (i)
-            out += ' ';
-        out += digits[bytes[i] >> 4];
-        out += digits[bytes[i] & 15];
-    }
-    return out;
-}
-
 // The counted forms of this library's byte types: u32 LE count, then the bytes.
 inline Bytes counted(const std::string& bytes)
 {

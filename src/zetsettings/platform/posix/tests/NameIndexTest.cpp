@@ -124,28 +124,6 @@ TEST_F(NameIndexTest, NamesOnEitherSideOfTheHashingBoundNeverMeet)
     EXPECT_EQ(2u, lookUp(index, hashed));
 }
 
-TEST_F(NameIndexTest, TheLongestNamesFitUnderLmdbsKeyLimit)
-{
-    EXPECT_LE(RecordKeys::kLongestKey, static_cast<size_t>(mdb_env_get_maxkeysize(scratch.env())));
-    NameIndex index(scratch.txn(), scratch.dbi(), RecordKeys::kValue);
-    const std::u16string longest(16383, u'\u00e9');
-    insert(index, longest, 9);
-    EXPECT_EQ(9u, lookUp(index, CaseFolding::fold(longest)));
-    EXPECT_EQ(0u, scratch.keysLongerThan(RecordKeys::kLongestKey));
-}
-
-TEST_F(NameIndexTest, OwnersKeepTheirNamesApart)
-{
-    NameIndex index(scratch.txn(), scratch.dbi(), RecordKeys::kSubkey);
-    index.insert(1, u"SAME", SubkeyEntry::build(u"Same", 100));
-    index.insert(2, u"SAME", SubkeyEntry::build(u"same", 200));
-    NameIndex::Found found;
-    ASSERT_TRUE(index.find(2, u"SAME", found));
-    EXPECT_EQ(200u, SubkeyEntry::idOf(NamedRecordView::parse(found.data)));
-    EXPECT_EQ(u"same", NamedRecordView::parse(found.data).name());
-    EXPECT_FALSE(index.find(3, u"SAME", found));
-}
-
 }  // namespace
 }  // namespace registry
 }  // namespace portable

@@ -1,0 +1,325 @@
+// Machine-scope data protection of the portable layer: the blob's layout and integrity, and the
+// machine key file beside the store that it depends on.
+#include <gtest/gtest.h>
+#include <sodium.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <iterator>
+
+#include "support/ChildProcess.h"
+#include "support/ChildScenario.h"
+#include "support/TestRegistry.h"
+#include "zetsettings/components/tests/ProcessSignals.h"
+#include "zetsettings/platform/posix/StoreLocation.h"
+#include "zetsettings/platform/posix/Win32Portable.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+const DWORD kMachineScope = CRYPTPROTECT_LOCAL_MACHINE | CRYPTPROTECT_UI_FORBIDDEN;
+const std::size_t kNonce = crypto_aead_xchacha20poly1305_ietf_NPUBBYTES;
+const std::size_t kTag = crypto_aead_xchacha20poly1305_ietf_ABYTES;
+
+// The outcome of one call: its result, the last error, and the output bytes.
+struct Protection {
+    BOOL ok = FALSE;
+    DWORD error = 0;
+    std::string bytes;
+};
+
+DATA_BLOB blobOf(const std::string& bytes)
+{
+    return DATA_BLOB{static_cast<DWORD>(bytes.size()), reinterpret_cast<BYTE*>(const_cast<char*>(bytes.data()))};
+}
+
+Protection call(bool encrypt, const std::string& data, const std::string* entropy, const wchar_t* description)
+{
+    DATA_BLOB in = blobOf(data);
+    DATA_BLOB extra = entropy ? blobOf(*entropy) : DATA_BLOB{0, nullptr};
+    DATA_BLOB out = {0, nullptr};
+    SetLastError(0);
+    Protection result;
+    result.ok = encrypt ? CryptProtectData(&in, description, entropy ? &extra : nullptr, nullptr, nullptr,
+                                           kMachineScope, &out)
+                        : CryptUnprotectData(&in, nullptr, entropy ? &extra : nullptr, nullptr, nullptr,
+                                             kMachineScope, &out);
+    result.error = result.ok ? 0 : GetLastError();
+    if (out.pbData)
+        result.bytes.assign(reinterpret_cast<const char*>(out.pbData), out.cbData);
+    LocalFree(out.pbData);
+    return result;
+}
+
+Protection protect(const std::string& data, const std::string* entropy = nullptr,
+                   const wchar_t* description = nullptr)
+{
+    return call(true, data, entropy, description);
+}
+
+Protection unprotect(const std::string& blob, const std::string* entropy = nullptr)
+{
+    return call(false, blob, entropy, nullptr);
+}
+
+std::string keyPath()
+{
+    return zet::portable::machineKeyPath(zet::portable::storeDirectory());
+}
+
+std::string contentOf(const std::string& path)
+{
+    if (!fs::is_regular_file(path))
+        return std::string();
+    std::ifstream in(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
+
+void overwrite(const std::string& path, const std::string& bytes)
+{
+    std::ofstream(path, std::ios::binary | std::ios::trunc) << bytes;
+}
+
+mode_t modeOf(const std::string& path)
+{
+    struct stat info;
+    return lstat(path.c_str(), &info) == 0 ? (info.st_mode & 07777) : 0;
+}
+
+// Opens a blob by the documented layout alone, with libsodium directly.
+bool openByHand(const std::string& blob, const std::string& additional, std::string& payload)
+{
+    const std::string key = contentOf(keyPath());
+    if (key.size() != crypto_aead_xchacha20poly1305_ietf_KEYBYTES || blob.size() < 1 + kNonce + kTag)
+        return false;
+    const unsigned char* bytes = reinterpret_cast<const unsigned char*>(blob.data());
+    payload.assign(blob.size() - 1 - kNonce - kTag, '\0');
+    unsigned long long length = 0;
+    return crypto_aead_xchacha20poly1305_ietf_decrypt(
+               reinterpret_cast<unsigned char*>(&payload[0]), &length, nullptr, bytes + 1 + kNonce,
+               blob.size() - 1 - kNonce, reinterpret_cast<const unsigned char*>(additional.data()),
+               additional.size(), bytes + 1, reinterpret_cast<const unsigned char*>(key.data())) == 0;
+}
+
+class DataProtectionTest : public zettest::RegistryTest {
+protected:
+    // Makes the machine key as the first encryption does.
+    std::string makeKey()
+    {
+        const Protection made = protect("first");
+        EXPECT_TRUE(made.ok);
+        return made.bytes;
+    }
+
+    // Both directions fail with `error`, and the key file is left exactly as it was.
+    void expectRefused(DWORD error, const std::string& blob)
+    {
+        const std::string before = contentOf(keyPath());
+        const mode_t modeBefore = modeOf(keyPath());
+        const Protection encrypted = protect("data");
+        EXPECT_FALSE(encrypted.ok);
+        EXPECT_EQ(error, encrypted.error);
+        EXPECT_TRUE(encrypted.bytes.empty());
+        const Protection decrypted = unprotect(blob);
+        EXPECT_FALSE(decrypted.ok);
+        EXPECT_EQ(error, decrypted.error);
+        EXPECT_EQ(before, contentOf(keyPath()));
+        EXPECT_EQ(modeBefore, modeOf(keyPath()));
+    }
+};
+
+TEST_F(DataProtectionTest, ABlobIsVersionFreshNonceAndTheSealedDescriptionAndData)
+{
+    const std::string entropy = "ent";
+    const Protection blob = protect(std::string("d\0ta", 4), &entropy, L"Wi");
+    ASSERT_TRUE(blob.ok);
+    ASSERT_EQ(1 + kNonce + 4 + 2 * 2 + 4 + kTag, blob.bytes.size());
+    EXPECT_EQ('\x01', blob.bytes[0]);
+
+    std::string payload;
+    ASSERT_TRUE(openByHand(blob.bytes, std::string("\x01", 1) + entropy, payload));
+    EXPECT_EQ(std::string("\x02\0\0\0W\0i\0d\0ta", 12), payload);
+    EXPECT_FALSE(openByHand(blob.bytes, std::string("\x01", 1), payload)) << "the entropy is bound";
+
+    const std::string again = protect(std::string("d\0ta", 4), &entropy, L"Wi").bytes;
+    EXPECT_NE(blob.bytes.substr(1, kNonce), again.substr(1, kNonce));
+}
+
+TEST_F(DataProtectionTest, AnyChangedByteAndAnyCutOrLengthenedBlobIsRefused)
+{
+    const std::string blob = protect("secret", nullptr, L"description").bytes;
+    ASSERT_TRUE(unprotect(blob).ok);
+    for (std::size_t at = 0; at < blob.size(); ++at) {
+        for (unsigned char bit : {0x01, 0x80}) {
+            std::string changed = blob;
+            changed[at] = static_cast<char>(changed[at] ^ bit);
+            const Protection opened = unprotect(changed);
+            EXPECT_FALSE(opened.ok) << "byte " << at;
+            EXPECT_EQ(static_cast<DWORD>(ERROR_INVALID_DATA), opened.error) << "byte " << at;
+            EXPECT_TRUE(opened.bytes.empty());
+        }
+    }
+    for (std::size_t length = 0; length < blob.size(); ++length)
+        EXPECT_FALSE(unprotect(blob.substr(0, length)).ok) << "cut to " << length;
+    EXPECT_FALSE(unprotect(blob + '\0').ok);
+}
+
+TEST_F(DataProtectionTest, TheFirstEncryptionMakesAnOwnerOnlyKeyBesideTheStoreThatLaterOnesKeep)
+{
+    const mode_t previous = umask(0);
+    const std::string blob = makeKey();
+    umask(previous);
+    const std::string key = keyPath();
+    EXPECT_EQ(registry.storeDirectory() + ".key", key);
+    struct stat info;
+    ASSERT_EQ(0, lstat(key.c_str(), &info));
+    EXPECT_TRUE(S_ISREG(info.st_mode));
+    EXPECT_EQ(0600u, info.st_mode & 07777);
+    EXPECT_EQ(geteuid(), info.st_uid);
+    EXPECT_EQ(32, info.st_size);
+    // Nothing of it inside the store, and no candidate left lying about.
+    const fs::path parent = fs::path(registry.storeDirectory()).parent_path();
+    for (const auto& entry : fs::directory_iterator(parent))
+        EXPECT_TRUE(entry.path() == key || entry.path() == registry.storeDirectory()) << entry.path();
+    if (fs::exists(registry.storeDirectory())) {
+        for (const auto& entry : fs::recursive_directory_iterator(registry.storeDirectory()))
+            EXPECT_NE(contentOf(key), contentOf(entry.path().string())) << entry.path();
+    }
+
+    const std::string bytes = contentOf(key);
+    EXPECT_TRUE(protect("second").ok);
+    EXPECT_EQ(bytes, contentOf(key));
+    EXPECT_TRUE(unprotect(blob).ok);
+}
+
+TEST_F(DataProtectionTest, DecryptingWithoutAKeyFailsAndMakesNoneAndAnotherKeyOpensNothing)
+{
+    const std::string blob = makeKey();
+    fs::remove(keyPath());
+    const Protection decrypted = unprotect(blob);
+    EXPECT_FALSE(decrypted.ok);
+    EXPECT_EQ(static_cast<DWORD>(ERROR_FILE_NOT_FOUND), decrypted.error);
+    EXPECT_FALSE(fs::exists(keyPath()));
+
+    // A new key made by the next encryption doesn't open what the old one sealed.
+    EXPECT_TRUE(protect("again").ok);
+    const Protection withNewKey = unprotect(blob);
+    EXPECT_FALSE(withNewKey.ok);
+    EXPECT_EQ(static_cast<DWORD>(ERROR_INVALID_DATA), withNewKey.error);
+}
+
+TEST_F(DataProtectionTest, AKeyFileOthersMayUseOrOfTheWrongKindIsRefusedAndKept)
+{
+    const std::string blob = makeKey();
+    const std::string key = contentOf(keyPath());
+    const std::string elsewhere = keyPath() + ".real";
+    const struct {
+        const char* what;
+        DWORD error;
+        std::function<void()> damage;
+    } cases[] = {
+        {"group may read", ERROR_ACCESS_DENIED, [&] { chmod(keyPath().c_str(), 0640); }},
+        {"others may read", ERROR_ACCESS_DENIED, [&] { chmod(keyPath().c_str(), 0604); }},
+        {"others may write", ERROR_ACCESS_DENIED, [&] { chmod(keyPath().c_str(), 0602); }},
+        {"empty", ERROR_INVALID_DATA, [&] { overwrite(keyPath(), ""); }},
+        {"short", ERROR_INVALID_DATA, [&] { overwrite(keyPath(), key.substr(0, 31)); }},
+        {"long", ERROR_INVALID_DATA, [&] { overwrite(keyPath(), key + "x"); }},
+        {"symbolic link", ERROR_ACCESS_DENIED,
+         [&] {
+             fs::rename(keyPath(), elsewhere);
+             fs::create_symlink(elsewhere, keyPath());
+         }},
+        {"directory", ERROR_ACCESS_DENIED,
+         [&] {
+             fs::remove(keyPath());
+             fs::create_directory(keyPath());
+             chmod(keyPath().c_str(), 0700);
+         }},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        c.damage();
+        expectRefused(c.error, blob);
+        fs::remove_all(keyPath());
+        fs::remove(elsewhere);
+        overwrite(keyPath(), key);
+        ASSERT_EQ(0, chmod(keyPath().c_str(), 0600));
+    }
+    if (geteuid() == 0) {  // only root can give the key to another user
+        ASSERT_EQ(0, chown(keyPath().c_str(), 1, 1));
+        expectRefused(ERROR_ACCESS_DENIED, blob);
+        ASSERT_EQ(0, chown(keyPath().c_str(), geteuid(), getegid()));
+    }
+    ASSERT_EQ(0, chmod(keyPath().c_str(), 0400));
+    EXPECT_TRUE(unprotect(blob).ok) << "owner read-only is fine";
+}
+
+// args: signal directory. As an unprivileged user, tries both directions on the store's key.
+ZET_CHILD_SCENARIO(seam_key_as_nobody)
+{
+    zettest::SignalDirectory signals(args.at(0));
+    const uid_t nobody = 65534;
+    if (setresgid(nobody, nobody, nobody) != 0 || setresuid(nobody, nobody, nobody) != 0)
+        return 3;
+    const Protection encrypted = protect("data");
+    const Protection decrypted = unprotect(signals.read("blob"));
+    const bool refused = !encrypted.ok && encrypted.error == ERROR_ACCESS_DENIED && !decrypted.ok &&
+                         decrypted.error == ERROR_ACCESS_DENIED;
+    return refused ? 0 : 1;
+}
+
+TEST_F(DataProtectionTest, AKeyThisUserCannotReadIsRefusedAndNotReplaced)
+{
+    if (geteuid() != 0)
+        GTEST_SKIP() << "needs root to act as another user";
+    zettest::SignalDirectory signals;
+    fs::permissions(signals.path(), fs::perms(0755));
+    fs::permissions(fs::path(registry.storeDirectory()).parent_path(), fs::perms(0777));
+    signals.write("blob", makeKey());
+    const std::string key = contentOf(keyPath());
+    EXPECT_EQ(0, zettest::runChild("seam_key_as_nobody", {signals.path()}));
+    EXPECT_EQ(key, contentOf(keyPath()));
+}
+
+// args: signal directory, index. Encrypts its index as soon as told to, to "blob-<index>".
+ZET_CHILD_SCENARIO(seam_key_race)
+{
+    zettest::SignalDirectory signals(args.at(0));
+    if (!signals.awaitRaised("go"))
+        return 3;
+    const Protection blob = protect(args.at(1));
+    if (!blob.ok)
+        return 2;
+    signals.write("blob-" + args.at(1), blob.bytes);
+    return 0;
+}
+
+TEST_F(DataProtectionTest, ProcessesRacingToMakeTheKeyAgreeOnOne)
+{
+    const int kRounds = 3;
+    const int kProcesses = 4;
+    for (int round = 0; round < kRounds; ++round) {
+        zettest::TestRegistry fresh;
+        zettest::SignalDirectory signals;
+        std::vector<std::unique_ptr<zettest::ChildProcess>> children;
+        for (int i = 0; i < kProcesses; ++i)
+            children.emplace_back(new zettest::ChildProcess("seam_key_race", {signals.path(), std::to_string(i)}));
+        signals.raise("go");
+        for (auto& child : children)
+            ASSERT_EQ(0, child->wait());
+        for (int i = 0; i < kProcesses; ++i) {
+            const Protection opened = unprotect(signals.read("blob-" + std::to_string(i)));
+            EXPECT_TRUE(opened.ok) << "round " << round << ", process " << i;
+            EXPECT_EQ(std::to_string(i), opened.bytes);
+        }
+        const fs::path parent = fs::path(fresh.storeDirectory()).parent_path();
+        for (const auto& entry : fs::directory_iterator(parent))
+            EXPECT_EQ(std::string::npos, entry.path().string().find(".new-")) << entry.path();
+    }
+}
+
+}  // namespace
