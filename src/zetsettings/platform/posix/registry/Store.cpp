@@ -77,6 +77,9 @@ std::unique_ptr<Store> Store::open(const std::string& directory)
         if (creating)
             makeReadableByAll(directory);
         store->clearStaleReaders();
+        int descriptor = -1;
+        mdb_env_get_fd(store->m_env, &descriptor);
+        store->m_writerLock.reset(new WriterLock(descriptor));
     }
     store->openDatabase();
     return store;
@@ -254,7 +257,7 @@ bool ReadTransaction::stillValid() const
     return info.me_last_txnid <= m_snapshotId + 1;
 }
 
-WriteTransaction::WriteTransaction(Store& store) : m_store(store)
+WriteTransaction::WriteTransaction(Store& store) : m_store(store), m_turn(*store.m_writerLock)
 {
     for (;;) {
         m_store.m_mapLock.lockShared();

@@ -18,6 +18,9 @@
 // when the store is opened), else 16 MiB; doubled on MDB_MAP_FULL with no transaction of this
 // process active, and adopted on MDB_MAP_RESIZED when another process grew it.
 //
+// Writers: one at a time across processes and threads, by a flock in front of LMDB's own
+// writer mutex (WriterLock.h), so that a killed process can't leave another asleep on it.
+//
 // Threads: MDB_NOTLS; any thread may run transactions at any time. After fork() the child must
 // not use this object: it opens its own store, and this one is left untouched (never closed)
 // in the child, since closing it there would drop the parent's locks.
@@ -39,6 +42,7 @@
 #include "zetsettings/platform/posix/registry/StoreFailure.h"
 #include "zetsettings/platform/posix/registry/ThisProcess.h"
 #include "zetsettings/platform/posix/registry/WriteTransaction.h"
+#include "zetsettings/platform/posix/registry/WriterLock.h"
 
 namespace zet {
 namespace portable {
@@ -97,6 +101,7 @@ private:
     MapLock m_mapLock;
     std::mutex m_idleReadersMutex;
     std::vector<MDB_txn*> m_idleReaders;
+    std::unique_ptr<WriterLock> m_writerLock;
 };
 
 template <class Body>

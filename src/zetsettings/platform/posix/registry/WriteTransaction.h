@@ -4,6 +4,8 @@
 
 #include <lmdb.h>
 
+#include "zetsettings/platform/posix/registry/WriterLock.h"
+
 namespace zet {
 namespace portable {
 namespace registry {
@@ -25,7 +27,20 @@ public:
     int commit();
 
 private:
+    // Holds the store's writer lock from before the transaction begins until after it ended.
+    class Turn {
+    public:
+        explicit Turn(WriterLock& lock) : m_lock(lock) { m_lock.lock(); }
+        ~Turn() { m_lock.unlock(); }
+        Turn(const Turn&) = delete;
+        Turn& operator=(const Turn&) = delete;
+
+    private:
+        WriterLock& m_lock;
+    };
+
     Store& m_store;
+    Turn m_turn;
     MDB_txn* m_txn = nullptr;
 };
 
