@@ -1,0 +1,189 @@
+#include "Forms.h"
+
+#include <set>
+
+namespace zetstress {
+namespace {
+
+uint64_t digest(const std::wstring& text, unsigned salt)
+{
+    uint64_t hash = 1469598103934665603ull ^ (salt * 0x9E3779B97F4A7C15ull);
+    for (wchar_t c : text) {
+        hash ^= static_cast<uint32_t>(c);
+        hash *= 1099511628211ull;
+    }
+    return hash;
+}
+
+// Bytes of a length and content that only the tag decides; lengths vary so that a cut value
+// shows as a short member rather than as a coincidence.
+std::string derivedBytes(const std::wstring& tag, unsigned salt, std::size_t longest)
+{
+    uint64_t state = digest(tag, salt) | 1;
+    std::string bytes(static_cast<std::size_t>(state % (longest + 1)), '\0');
+    for (char& byte : bytes) {
+        state ^= state << 13;
+        state ^= state >> 7;
+        state ^= state << 17;
+        byte = static_cast<char>(state >> 24);
+    }
+    return bytes;
+}
+
+unsigned char derivedByte(const std::wstring& tag, unsigned salt)
+{
+    return static_cast<unsigned char>(digest(tag, salt) >> 40);
+}
+
+}  // namespace
+
+bool TagOrder::operator<(const TagOrder& other) const
+{
+    return incarnation != other.incarnation ? incarnation < other.incarnation : sequence < other.sequence;
+}
+
+std::wstring makeTag(const std::wstring& name, unsigned long incarnation, unsigned long sequence)
+{
+    return name + L"#" + std::to_wstring(incarnation) + L"." + std::to_wstring(sequence);
+}
+
+bool parseTag(const std::wstring& tag, std::wstring& name, TagOrder& order)
+{
+    const std::size_t hash = tag.rfind(L'#');
+    const std::size_t dot = tag.rfind(L'.');
+    if (hash == std::wstring::npos || dot == std::wstring::npos || dot < hash)
+        return false;
+    try {
+        std::size_t used = 0;
+        const std::wstring incarnation = tag.substr(hash + 1, dot - hash - 1);
+        const std::wstring sequence = tag.substr(dot + 1);
+        order.incarnation = std::stoul(incarnation, &used);
+        if (used != incarnation.size())
+            return false;
+        order.sequence = std::stoul(sequence, &used);
+        if (used != sequence.size())
+            return false;
+    } catch (const std::exception&) {
+        return false;
+    }
+    name = tag.substr(0, hash);
+    return true;
+}
+
+std::string narrow(const std::wstring& text)
+{
+    std::string out;
+    for (wchar_t c : text)
+        out += c < 0x80 ? static_cast<char>(c) : '?';
+    return out;
+}
+
+boost::shared_ptr<ZETNetworkSettings> profileForm(const std::wstring& tag)
+{
+    boost::shared_ptr<ZETNetworkSettings> record(new ZETNetworkSettings);
+    record->profileText = tag;
+    record->profileFlag1 = derivedByte(tag, 1);
+    record->profileFlag2 = derivedByte(tag, 2);
+    record->profileFlag3 = derivedByte(tag, 3);
+    record->profileFlag4 = derivedByte(tag, 4);
+    const std::string secret = derivedBytes(tag, 5, 96);
+    const std::string plain = derivedBytes(tag, 6, 160);
+    record->protectedBlob = ZETBuf(secret.data(), secret.size());
+    record->plainBlob = ZETBuf(plain.data(), plain.size());
+    return record;
+}
+
+bool isProfileForm(const ZETNetworkSettings& record)
+{
+    const boost::shared_ptr<ZETNetworkSettings> expected = profileForm(record.profileText);
+    return record.profileFlag1 == expected->profileFlag1 && record.profileFlag2 == expected->profileFlag2 &&
+           record.profileFlag3 == expected->profileFlag3 && record.profileFlag4 == expected->profileFlag4 &&
+           record.protectedBlob == expected->protectedBlob && record.plainBlob == expected->plainBlob;
+}
+
+boost::shared_ptr<ZETFallbackSettings> fallbackForm(const std::wstring& owner, const std::wstring& network,
+                                                    const std::wstring& tag)
+{
+    boost::shared_ptr<ZETFallbackSettings> record(new ZETFallbackSettings);
+    record->owner = owner;
+    record->network = network;
+    record->fallbackBytes1 = narrow(tag) + "|" + derivedBytes(tag, 7, 64);
+    record->fallbackBytes2 = derivedBytes(tag, 8, 64);
+    return record;
+}
+
+bool isFallbackForm(const ZETFallbackSettings& record, std::wstring& tag)
+{
+    const std::size_t bar = record.fallbackBytes1.find('|');
+    if (bar == std::string::npos)
+        return false;
+    tag.assign(record.fallbackBytes1.begin(), record.fallbackBytes1.begin() + bar);
+    std::wstring name;
+    TagOrder order;
+    if (!parseTag(tag, name, order) || name != record.owner + L"/" + record.network)
+        return false;
+    const boost::shared_ptr<ZETFallbackSettings> expected = fallbackForm(record.owner, record.network, tag);
+    return record.fallbackBytes1 == expected->fallbackBytes1 && record.fallbackBytes2 == expected->fallbackBytes2;
+}
+
+ZETPreferredNetEntry entryForm(const std::wstring& tag)
+{
+    ZETPreferredNetEntry entry;
+    entry.netName = tag;
+    unsigned char mac[6];
+    for (unsigned i = 0; i < sizeof(mac); ++i)
+        mac[i] = derivedByte(tag, 20 + i);
+    entry.macAddress.assign(mac, sizeof(mac));
+    entry.entryFlag = derivedByte(tag, 12);
+    entry.matchKind = derivedByte(tag, 13) % 4;
+    entry.matchByte1 = derivedByte(tag, 14);
+    entry.matchByte2 = derivedByte(tag, 15);
+    return entry;
+}
+
+bool isEntryForm(const ZETPreferredNetEntry& entry)
+{
+    const ZETPreferredNetEntry expected = entryForm(entry.netName);
+    return entry.macAddress == expected.macAddress && entry.entryFlag == expected.entryFlag &&
+           entry.matchKind == expected.matchKind && entry.matchByte1 == expected.matchByte1 &&
+           entry.matchByte2 == expected.matchByte2;
+}
+
+boost::shared_ptr<ZETUserSettings> userForm(const std::wstring& tag)
+{
+    boost::shared_ptr<ZETUserSettings> record(new ZETUserSettings);
+    record->userText = tag;
+    record->userBytes = derivedBytes(tag, 16, 48);
+    return record;
+}
+
+bool isUserForm(const ZETUserSettings& record)
+{
+    return record.userBytes == userForm(record.userText)->userBytes;
+}
+
+boost::shared_ptr<ZETPreferredNetworks> listForm(const std::wstring& tagPrefix, unsigned count, unsigned position)
+{
+    boost::shared_ptr<ZETPreferredNetworks> list(new ZETPreferredNetworks);
+    for (unsigned i = 0; i < count; ++i)
+        list->entries.push_back(entryForm(tagPrefix + L"e" + std::to_wstring(i)));
+    list->position = static_cast<unsigned char>(position);
+    return list;
+}
+
+std::string listFault(const ZETPreferredNetworks& list)
+{
+    if (list.position > list.entries.size())
+        return "position " + std::to_string(list.position) + " past " + std::to_string(list.entries.size()) +
+               " entries";
+    std::set<std::wstring> names;
+    for (const ZETPreferredNetEntry& entry : list.entries) {
+        if (!isEntryForm(entry))
+            return "entry '" + narrow(entry.netName) + "' was never written in this form";
+        if (!names.insert(entry.netName).second)
+            return "entry '" + narrow(entry.netName) + "' stands twice";
+    }
+    return std::string();
+}
+
+}  // namespace zetstress

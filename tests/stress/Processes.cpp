@@ -1,0 +1,185 @@
+#include "Processes.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <signal.h>
+#include <stdlib.h>
+#include <sys/mman.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <filesystem>
+#include <stdexcept>
+#include <thread>
+
+#include <zetsettings/ZETSettings.h>
+
+namespace zetstress {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+Ending endingOf(int status)
+{
+    Ending ending;
+    ending.finished = true;
+    if (WIFEXITED(status))
+        ending.exitCode = WEXITSTATUS(status);
+    if (WIFSIGNALED(status))
+        ending.signal = WTERMSIG(status);
+    return ending;
+}
+
+pid_t startSelfWithOutput(const std::vector<std::string>& args, int outputFd)
+{
+    std::vector<std::string> words(1, "/proc/self/exe");
+    words.insert(words.end(), args.begin(), args.end());
+    std::vector<char*> argv;
+    for (std::string& word : words)
+        argv.push_back(&word[0]);
+    argv.push_back(nullptr);
+    const pid_t pid = fork();
+    if (pid < 0)
+        throw std::runtime_error("fork failed");
+    if (pid == 0) {
+        if (outputFd >= 0)
+            dup2(outputFd, STDOUT_FILENO);
+        execv("/proc/self/exe", argv.data());
+        _exit(126);
+    }
+    return pid;
+}
+
+}  // namespace
+
+RunDirectory::RunDirectory()
+{
+    char pattern[] = "/tmp/zetsettings-stress-XXXXXX";
+    if (!mkdtemp(pattern))
+        throw std::runtime_error("mkdtemp failed");
+    m_path = pattern;
+    setenv("ZET_REGISTRY_DIR", (m_path + "/store").c_str(), 1);
+}
+
+RunDirectory::~RunDirectory()
+{
+    std::error_code ignored;
+    std::filesystem::remove_all(m_path, ignored);
+}
+
+pid_t startSelf(const std::vector<std::string>& args)
+{
+    return startSelfWithOutput(args, -1);
+}
+
+Ending waitWithin(pid_t pid, int milliseconds)
+{
+    const Clock::time_point deadline = Clock::now() + std::chrono::milliseconds(milliseconds);
+    for (;;) {
+        int status = 0;
+        const pid_t done = waitpid(pid, &status, WNOHANG);
+        if (done == pid)
+            return endingOf(status);
+        if (done < 0 && errno != EINTR)
+            throw std::runtime_error("waitpid failed");
+        if (Clock::now() >= deadline)
+            return Ending();
+        pauseMilliseconds(1);
+    }
+}
+
+void killAndReap(pid_t pid)
+{
+    kill(pid, SIGKILL);
+    int status = 0;
+    while (waitpid(pid, &status, 0) < 0 && errno == EINTR) {
+    }
+}
+
+Ending runSelf(const std::vector<std::string>& args, int milliseconds, std::string& output)
+{
+    int fds[2];
+    if (pipe2(fds, O_CLOEXEC) != 0)
+        throw std::runtime_error("pipe failed");
+    const pid_t pid = startSelfWithOutput(args, fds[1]);
+    close(fds[1]);
+    const Clock::time_point deadline = Clock::now() + std::chrono::milliseconds(milliseconds);
+    output.clear();
+    bool open = true;
+    while (open && Clock::now() < deadline) {
+        pollfd readable = {fds[0], POLLIN, 0};
+        if (poll(&readable, 1, 50) <= 0)
+            continue;
+        char chunk[4096];
+        const ssize_t got = read(fds[0], chunk, sizeof(chunk));
+        if (got > 0)
+            output.append(chunk, static_cast<std::size_t>(got));
+        else if (got == 0 || errno != EINTR)
+            open = false;
+    }
+    close(fds[0]);
+    const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now()).count();
+    const Ending ending = waitWithin(pid, static_cast<int>(std::max<long long>(left, 1)));
+    if (!ending.finished)
+        killAndReap(pid);
+    return ending;
+}
+
+SharedCounters::SharedCounters(const std::string& path, std::size_t count, bool create) : m_count(count)
+{
+    const int fd = open(path.c_str(), O_RDWR | O_CLOEXEC | (create ? O_CREAT | O_TRUNC : 0), 0600);
+    const std::size_t bytes = count * sizeof(uint64_t);
+    if (fd < 0 || (create && ftruncate(fd, static_cast<off_t>(bytes)) != 0))
+        throw std::runtime_error("counter file " + path + " can't be opened");
+    void* map = mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_SHARED, fd, 0);
+    close(fd);
+    if (map == MAP_FAILED)
+        throw std::runtime_error("counter file " + path + " can't be mapped");
+    static_assert(std::atomic<uint64_t>::is_always_lock_free, "counters shared between processes");
+    m_counters = static_cast<std::atomic<uint64_t>*>(map);
+}
+
+SharedCounters::~SharedCounters()
+{
+    munmap(m_counters, m_count * sizeof(uint64_t));
+}
+
+uint64_t SharedCounters::sum() const
+{
+    uint64_t total = 0;
+    for (std::size_t i = 0; i < m_count; ++i)
+        total += m_counters[i].load();
+    return total;
+}
+
+bool readRegistryBinary(const std::wstring& subkey, const std::wstring& value, std::string& bytes, long& status)
+{
+    bytes.clear();
+    HKEY key = nullptr;
+    status = RegOpenKeyExW(HKEY_LOCAL_MACHINE, subkey.c_str(), 0, KEY_READ, &key);
+    if (status != ERROR_SUCCESS)
+        return false;
+    DWORD type = 0;
+    DWORD size = 0;
+    status = RegQueryValueExW(key, value.c_str(), nullptr, &type, nullptr, &size);
+    // The value may grow between the two calls: ask again until it fits.
+    while (status == ERROR_SUCCESS || status == ERROR_MORE_DATA) {
+        bytes.resize(size);
+        status = RegQueryValueExW(key, value.c_str(), nullptr, &type,
+                                  reinterpret_cast<BYTE*>(bytes.empty() ? nullptr : &bytes[0]), &size);
+        if (status == ERROR_SUCCESS) {
+            bytes.resize(size);
+            break;
+        }
+    }
+    RegCloseKey(key);
+    return status == ERROR_SUCCESS;
+}
+
+void pauseMilliseconds(int milliseconds)
+{
+    std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
+}
+
+}  // namespace zetstress

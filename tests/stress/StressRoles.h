@@ -1,0 +1,19 @@
+// The roles of the stress program: each test's driver, and the children it starts.
+#ifndef ZETSETTINGS_TESTS_STRESS_STRESSROLES_H
+#define ZETSETTINGS_TESTS_STRESS_STRESSROLES_H
+
+#include "Options.h"
+
+namespace zetstress {
+
+int crashDriver(const Options& options);
+int crashWorker(const Options& options);
+int crashCheck(const Options& options);
+
+int contentionDriver(const Options& options);
+int contentionWorker(const Options& options);
+int contentionCheck(const Options& options);
+
+}  // namespace zetstress
+
+#endif
