@@ -4,17 +4,21 @@
 # the build folder's artifacts/. Once a finding is fixed, its input goes into the target's
 # regressions/ folder, which every fuzz run and the ordinary test run replay.
 #
-#   scripts/fuzz.sh            # about a minute in all
+#   scripts/fuzz.sh            # about a minute and a half in all
 #   ZET_FUZZ_SECONDS=600 scripts/fuzz.sh
 set -euo pipefail
 
 root=$(cd "$(dirname "$0")/.." && pwd)
 build=${ZET_FUZZ_BUILD_DIR:-$root/build-fuzz}
-total_seconds=${ZET_FUZZ_SECONDS:-60}
+total_seconds=${ZET_FUZZ_SECONDS:-90}
 
 # name, target, folder of seeds and regressions below the source tree
 targets=(
   "serial zetsettings_serial_fuzz src/zetsettings/serial/fuzz"
+  "casebitmap zetsettings_casebitmap_fuzz src/zetsettings/store/fuzz/casebitmap"
+  "ndis zetsettings_ndis_fuzz src/zetsettings/store/fuzz/ndis"
+  "caption zetsettings_caption_fuzz src/zetsettings/params/fuzz"
+  "regfile zetsettings_regfile_fuzz tools/zetsettings/regfile/fuzz"
 )
 
 CC=clang CXX=clang++ cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo \

@@ -33,14 +33,21 @@ std::u16string quoted(const std::u16string& text)
     return out + u"\"";
 }
 
-// A string value shows as text up to its first terminator, as Windows exports it.
+// Whether a string value is one text and its terminator, the only form that a quoted string
+// reads back to. Anything else (no terminator, text behind it, an odd byte) is written as
+// hex(1), so that an import gives back the bytes that were exported.
+bool isPlainString(const std::string& data)
+{
+    if (data.size() < 2 || data.size() % 2 != 0)
+        return false;
+    const std::u16string text = bytesToUtf16(data);
+    return text.find(u'\0') == text.size() - 1;
+}
+
 std::u16string stringData(const std::string& data)
 {
-    std::u16string text = bytesToUtf16(data);
-    const std::size_t end = text.find(u'\0');
-    if (end != std::u16string::npos)
-        text.resize(end);
-    return quoted(text);
+    const std::u16string text = bytesToUtf16(data);
+    return quoted(text.substr(0, text.size() - 1));
 }
 
 std::u16string dwordData(const std::string& data)
@@ -88,7 +95,7 @@ std::u16string formatValueLine(const RegFileValue& value)
     line += u'=';
     if (value.remove)
         return line + u'-';
-    if (value.type == kRegSz)
+    if (value.type == kRegSz && isPlainString(value.data))
         return line + stringData(value.data);
     if (value.type == kRegDword && value.data.size() == 4)
         return line + dwordData(value.data);

@@ -79,10 +79,11 @@ TEST(RegFileWriter, BreaksLongHexLinesWhereWindowsDoes)
               line.substr(0, line.find('\r')).size());
 }
 
-TEST(RegFileWriter, StringsStopAtTheirFirstTerminatorAndOddDwordsGoHex)
+TEST(RegFileWriter, StringsThatAQuotedStringWouldChangeAndOddDwordsGoHex)
 {
-    EXPECT_EQ(utf8(formatValueLine(value(L"s", kRegSz, utf16Text(u"abc") + std::string(2, '\0') + utf16Text(u"def")))),
-              "\"s\"=\"abc\"");
+    EXPECT_EQ(utf8(formatValueLine(value(L"s", kRegSz, utf16Text(u"a") + std::string(2, '\0') + utf16Text(u"d")))),
+              "\"s\"=hex(1):61,00,00,00,64,00");
+    EXPECT_EQ(utf8(formatValueLine(value(L"s", kRegSz, utf16Text(u"a")))), "\"s\"=hex(1):61,00");
     EXPECT_EQ(utf8(formatValueLine(value(L"d", kRegDword, ""))), "\"d\"=hex(4):");
     EXPECT_EQ(utf8(formatValueLine(value(L"n", kRegNone, ""))), "\"n\"=hex(0):");
 }

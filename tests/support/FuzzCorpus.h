@@ -1,0 +1,53 @@
+// Replays a fuzz target's kept inputs (seeds/ and regressions/ beside the target) through the
+// target's own checks, without libFuzzer, so that a fixed finding stays fixed in the ordinary
+// test run. A check gives the empty string when it held, or what went wrong.
+#ifndef ZETSETTINGS_TESTS_SUPPORT_FUZZCORPUS_H
+#define ZETSETTINGS_TESTS_SUPPORT_FUZZCORPUS_H
+
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <vector>
+
+namespace zettest {
+
+inline std::vector<std::filesystem::path> fuzzInputsIn(const std::filesystem::path& folder)
+{
+    std::vector<std::filesystem::path> inputs;
+    for (const auto& item : std::filesystem::directory_iterator(folder))
+        if (item.is_regular_file() && item.path().filename().string()[0] != '.')
+            inputs.push_back(item.path());
+    return inputs;
+}
+
+// Every input of the folder must pass; at least atLeast of them must be there, so that a
+// moved folder does not pass by holding nothing.
+template <class Check>
+void replayFuzzInputs(const std::filesystem::path& folder, std::size_t atLeast, Check check)
+{
+    ASSERT_TRUE(std::filesystem::is_directory(folder)) << folder << " not found";
+    const std::vector<std::filesystem::path> inputs = fuzzInputsIn(folder);
+    EXPECT_GE(inputs.size(), atLeast) << folder;
+    for (const std::filesystem::path& input : inputs) {
+        std::ifstream file(input, std::ios::binary);
+        const std::vector<uint8_t> bytes((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+        EXPECT_EQ(check(bytes.data(), bytes.size()), "") << input;
+    }
+}
+
+// The seeds and every kept finding of the fuzz folder.
+template <class Check>
+void replayFuzzFolder(const std::filesystem::path& fuzzFolder, std::size_t seedsAtLeast, Check check)
+{
+    replayFuzzInputs(fuzzFolder / "seeds", seedsAtLeast, check);
+    replayFuzzInputs(fuzzFolder / "regressions", 0, check);
+}
+
+}  // namespace zettest
+
+#endif
