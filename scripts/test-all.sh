@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Every test on a fresh Debian machine: install, then the native suite, the same suite
-# cross-built with MinGW-w64 under Wine, and the fuzzers for a bounded time.
+# cross-built with MinGW-w64 under Wine, the native suite again under the sanitizers, the
+# crash and contention tests, and the fuzzers for a bounded time.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -15,7 +16,11 @@ ctest --test-dir build --output-on-failure -j"$jobs"
 echo "== Windows build, tests under Wine"
 scripts/test-wine.sh
 
-if [ -x scripts/fuzz.sh ]; then
-  echo "== fuzzing"
-  scripts/fuzz.sh
-fi
+echo "== sanitizers"
+scripts/test-sanitizers.sh
+
+echo "== crash and contention"
+scripts/stress.sh build
+
+echo "== fuzzing"
+scripts/fuzz.sh
