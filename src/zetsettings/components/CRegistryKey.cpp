@@ -206,21 +206,25 @@ bool CRegistryKey::HasSubkey(const wchar_t* subKey, REGSAM access) const
 
 void CRegistryKey::Read(const wchar_t* name, DWORD& type, std::basic_string<BYTE>& data) const
 {
-    // Most values fit a first guess, and then one call reads them. A longer value reports its
-    // size, which may grow again before the next call when another process writes: ask again.
-    const DWORD kFirstGuess = 1024;
-    DWORD size = kFirstGuess;
-    for (;;) {
-        data.resize(size);
-        const LSTATUS status = RegQueryValueExW(m_key, name, 0, &type, size ? &data[0] : 0, &size);
-        if (status == ERROR_MORE_DATA) {
-            size = std::max<DWORD>(size, static_cast<DWORD>(data.size()) * 2);
-            continue;
-        }
-        check(status, L"RegQueryValueExW");
-        data.resize(size);
+    // Most values fit a first guess on the stack, and then one call reads them.
+    BYTE guess[512];
+    DWORD size = sizeof(guess);
+    LSTATUS status = RegQueryValueExW(m_key, name, 0, &type, guess, &size);
+    if (status == ERROR_SUCCESS) {
+        data.assign(guess, size);
         return;
     }
+    // A longer value reports its size, which may grow again before the next call when another
+    // process writes: ask again.
+    DWORD capacity = sizeof(guess);
+    while (status == ERROR_MORE_DATA) {
+        capacity = std::max<DWORD>(size, capacity * 2);
+        data.resize(capacity);
+        size = capacity;
+        status = RegQueryValueExW(m_key, name, 0, &type, &data[0], &size);
+    }
+    check(status, L"RegQueryValueExW");
+    data.resize(size);
 }
 
 bool CRegistryKey::QueryValue(const wchar_t* name, DWORD& value) const

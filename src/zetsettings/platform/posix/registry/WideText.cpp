@@ -43,6 +43,25 @@ char16_t readUnit(const unsigned char* bytes)
     return static_cast<char16_t>(bytes[0] | (bytes[1] << 8));
 }
 
+// Visits each character of stored UTF-16LE text as the caller sees it: where WCHAR is 32 bits, a
+// surrogate pair is one character. Reads the stored bytes in place, with no copy.
+template <class Visit>
+void forEachCallerCharacter(const unsigned char* stored, size_t units, Visit visit)
+{
+    for (size_t i = 0; i < units; ++i) {
+        const char16_t unit = readUnit(stored + 2 * i);
+        if (!kWideIsUtf16 && isHighSurrogate(unit) && i + 1 < units) {
+            const char16_t next = readUnit(stored + 2 * (i + 1));
+            if (isLowSurrogate(next)) {
+                visit(combinePair(unit, next));
+                ++i;
+                continue;
+            }
+        }
+        visit(unit);
+    }
+}
+
 }  // namespace
 
 std::u16string WideText::toUtf16(const WCHAR* text)
@@ -114,17 +133,19 @@ std::string WideText::callerBytesToStored(const BYTE* data, size_t bytes)
 
 size_t WideText::storedToCallerBytes(const unsigned char* stored, size_t bytes)
 {
-    const std::u16string text = fromLittleEndian(stored, bytes / 2);
-    return callerUnits(text.data(), text.size()) * sizeof(WCHAR);
+    size_t characters = 0;
+    forEachCallerCharacter(stored, bytes / 2, [&](uint32_t) { ++characters; });
+    return characters * sizeof(WCHAR);
 }
 
 void WideText::storedToCaller(const unsigned char* stored, size_t bytes, BYTE* out)
 {
-    const std::u16string text = fromLittleEndian(stored, bytes / 2);
-    std::vector<WCHAR> wide(callerUnits(text.data(), text.size()));
-    toCaller(text.data(), text.size(), wide.data());
-    if (!wide.empty())
-        std::memcpy(out, wide.data(), wide.size() * sizeof(WCHAR));
+    // The caller's buffer is bytes, not necessarily aligned for WCHAR.
+    forEachCallerCharacter(stored, bytes / 2, [&](uint32_t character) {
+        const WCHAR wide = static_cast<WCHAR>(character);
+        std::memcpy(out, &wide, sizeof(wide));
+        out += sizeof(wide);
+    });
 }
 
 void WideText::appendLittleEndian(std::string& out, const std::u16string& text)
