@@ -13,8 +13,10 @@ class Deadline {
 public:
     typedef std::chrono::steady_clock Clock;
 
+    // An infinite wait, the common one, has no moment to compute: no clock read.
     explicit Deadline(DWORD milliseconds)
-        : m_infinite(milliseconds == INFINITE), m_at(Clock::now() + std::chrono::milliseconds(milliseconds))
+        : m_infinite(milliseconds == INFINITE),
+          m_at(m_infinite ? Clock::time_point::max() : Clock::now() + std::chrono::milliseconds(milliseconds))
     {
     }
 

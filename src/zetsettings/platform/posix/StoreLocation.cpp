@@ -9,6 +9,11 @@ namespace portable {
 
 std::string storeDirectory()
 {
+    return storeDirectoryName();
+}
+
+const char* storeDirectoryName()
+{
     const char* named = getenv("ZET_REGISTRY_DIR");
     if (named && *named)
         return named;

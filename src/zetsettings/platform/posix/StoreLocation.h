@@ -13,6 +13,8 @@ namespace portable {
 
 // The store directory as named now; it is looked up anew on every call.
 std::string storeDirectory();
+// The same without a copy: valid until the environment changes.
+const char* storeDirectoryName();
 // Makes the store directory (and its parents) if missing, mode 0755. Returns 0 or an errno.
 int ensureStoreDirectory(const std::string& directory);
 // The machine key file that belongs to a store directory.

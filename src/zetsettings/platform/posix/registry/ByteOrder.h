@@ -29,20 +29,29 @@ inline void appendBigEndian64(std::string& out, uint64_t value)
         out.push_back(static_cast<char>((value >> shift) & 0xFF));
 }
 
+// Written out byte by byte, which compilers turn into one load or store (with a byte swap
+// where the host order differs); loops they leave as loops.
+inline void putBigEndian64(char* out, uint64_t value)
+{
+    out[0] = static_cast<char>(value >> 56);
+    out[1] = static_cast<char>(value >> 48);
+    out[2] = static_cast<char>(value >> 40);
+    out[3] = static_cast<char>(value >> 32);
+    out[4] = static_cast<char>(value >> 24);
+    out[5] = static_cast<char>(value >> 16);
+    out[6] = static_cast<char>(value >> 8);
+    out[7] = static_cast<char>(value);
+}
+
 inline uint32_t readLittleEndian32(const unsigned char* bytes)
 {
-    uint32_t value = 0;
-    for (int i = 3; i >= 0; --i)
-        value = (value << 8) | bytes[i];
-    return value;
+    return static_cast<uint32_t>(bytes[0]) | static_cast<uint32_t>(bytes[1]) << 8 |
+           static_cast<uint32_t>(bytes[2]) << 16 | static_cast<uint32_t>(bytes[3]) << 24;
 }
 
 inline uint64_t readLittleEndian64(const unsigned char* bytes)
 {
-    uint64_t value = 0;
-    for (int i = 7; i >= 0; --i)
-        value = (value << 8) | bytes[i];
-    return value;
+    return static_cast<uint64_t>(readLittleEndian32(bytes)) | static_cast<uint64_t>(readLittleEndian32(bytes + 4)) << 32;
 }
 
 }  // namespace registry

@@ -44,8 +44,7 @@ std::u16string CaseFolding::fold(const std::u16string& name)
 
 void CaseFolding::foldInPlace(std::u16string& name)
 {
-    for (char16_t& unit : name)
-        unit = upcase(unit);
+    foldInPlace(&name[0], name.size());
 }
 
 }  // namespace registry

@@ -4,6 +4,7 @@
 #ifndef ZETSETTINGS_PLATFORM_POSIX_REGISTRY_CASEFOLDING_H
 #define ZETSETTINGS_PLATFORM_POSIX_REGISTRY_CASEFOLDING_H
 
+#include <cstddef>
 #include <string>
 
 namespace zet {
@@ -22,6 +23,11 @@ public:
     // The form in which two names are equal exactly when Windows calls them the same.
     static std::u16string fold(const std::u16string& name);
     static void foldInPlace(std::u16string& name);
+    static void foldInPlace(char16_t* units, size_t count)
+    {
+        for (size_t i = 0; i < count; ++i)
+            units[i] = upcase(units[i]);
+    }
 
 private:
     static char16_t upcaseBeyondAscii(char16_t unit);

@@ -19,7 +19,7 @@ bool isCandidate(const MDB_val& key, const std::string& stem)
     return key.mv_size == RecordKeys::kHashedKeySize && startsWith(key, stem);
 }
 
-bool sameFoldedName(const MDB_val& data, const std::u16string& folded)
+bool sameFoldedName(const MDB_val& data, std::u16string_view folded)
 {
     const NamedRecordView record = NamedRecordView::parse(data);
     if (record.nameUnits != folded.size())
@@ -34,21 +34,42 @@ NameIndex::NameIndex(MDB_txn* txn, MDB_dbi dbi, RecordKeys::Tag tag, NameHasher 
 {
 }
 
-bool NameIndex::find(uint64_t owner, const std::u16string& folded, Found& found) const
+bool NameIndex::find(uint64_t owner, std::u16string_view folded, Found& found) const
 {
-    std::string key = RecordKeys::nameKey(m_tag, owner, folded, m_hasher);
     if (RecordKeys::isHashed(folded))
-        return findHashed(key, folded, found);
-    MDB_val lmdbKey = valueOf(key);
-    const int rc = mdb_get(m_txn, m_dbi, &lmdbKey, &found.data);
-    if (rc == MDB_NOTFOUND)
+        return findHashed(RecordKeys::nameKey(m_tag, owner, folded, m_hasher), folded, found);
+    char key[RecordKeys::kHashedStemSize];
+    MDB_val lmdbKey{RecordKeys::writeNameKey(key, m_tag, owner, folded, m_hasher), key};
+    if (!getDirect(lmdbKey, found.data))
         return false;
-    checkLmdb(rc);
-    found.key = std::move(key);
+    found.key.assign(key, lmdbKey.mv_size);
     return true;
 }
 
-bool NameIndex::findHashed(const std::string& stem, const std::u16string& folded, Found& found) const
+bool NameIndex::lookup(uint64_t owner, std::u16string_view folded, MDB_val& data) const
+{
+    if (RecordKeys::isHashed(folded)) {
+        Found found;
+        if (!find(owner, folded, found))
+            return false;
+        data = found.data;
+        return true;
+    }
+    char key[RecordKeys::kHashedStemSize];
+    MDB_val lmdbKey{RecordKeys::writeNameKey(key, m_tag, owner, folded, m_hasher), key};
+    return getDirect(lmdbKey, data);
+}
+
+bool NameIndex::getDirect(MDB_val& key, MDB_val& data) const
+{
+    const int rc = mdb_get(m_txn, m_dbi, &key, &data);
+    if (rc == MDB_NOTFOUND)
+        return false;
+    checkLmdb(rc);
+    return true;
+}
+
+bool NameIndex::findHashed(const std::string& stem, std::u16string_view folded, Found& found) const
 {
     Cursor cursor(m_txn, m_dbi);
     MDB_val key, data;
@@ -79,7 +100,7 @@ std::string NameIndex::freeHashedKey(const std::string& stem) const
     throwCorruptRecord();
 }
 
-void NameIndex::insert(uint64_t owner, const std::u16string& folded, const std::string& data)
+void NameIndex::insert(uint64_t owner, std::u16string_view folded, const std::string& data)
 {
     std::string key = RecordKeys::nameKey(m_tag, owner, folded, m_hasher);
     if (RecordKeys::isHashed(folded))
@@ -96,7 +117,7 @@ void NameIndex::replace(const Found& found, const std::string& data)
     checkLmdb(mdb_put(m_txn, m_dbi, &lmdbKey, &lmdbData, 0));
 }
 
-bool NameIndex::erase(uint64_t owner, const std::u16string& folded)
+bool NameIndex::erase(uint64_t owner, std::u16string_view folded)
 {
     Found existing;
     if (!find(owner, folded, existing))

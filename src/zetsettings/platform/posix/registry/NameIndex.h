@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 #include "zetsettings/platform/posix/registry/RecordKeys.h"
 
@@ -24,15 +25,18 @@ public:
     };
 
     // folded: the name as CaseFolding folds it.
-    bool find(uint64_t owner, const std::u16string& folded, Found& found) const;
+    bool find(uint64_t owner, std::u16string_view folded, Found& found) const;
+    // The record's data alone (valid until the transaction writes again), as reads need it.
+    bool lookup(uint64_t owner, std::u16string_view folded, MDB_val& data) const;
     // Files a record under a name that has none yet.
-    void insert(uint64_t owner, const std::u16string& folded, const std::string& data);
+    void insert(uint64_t owner, std::u16string_view folded, const std::string& data);
     // Puts new data in place of a record that find() gave.
     void replace(const Found& found, const std::string& data);
-    bool erase(uint64_t owner, const std::u16string& folded);
+    bool erase(uint64_t owner, std::u16string_view folded);
 
 private:
-    bool findHashed(const std::string& stem, const std::u16string& folded, Found& found) const;
+    bool getDirect(MDB_val& key, MDB_val& data) const;
+    bool findHashed(const std::string& stem, std::u16string_view folded, Found& found) const;
     std::string freeHashedKey(const std::string& stem) const;
 
     MDB_txn* m_txn;

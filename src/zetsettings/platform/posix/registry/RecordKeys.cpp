@@ -32,25 +32,27 @@ std::string RecordKeys::prefix(Tag tag, uint64_t owner)
     return key;
 }
 
-std::string RecordKeys::nameKey(Tag tag, uint64_t owner, const std::u16string& folded, NameHasher hasher)
+std::string RecordKeys::nameKey(Tag tag, uint64_t owner, std::u16string_view folded, NameHasher hasher)
+{
+    char key[kHashedStemSize];
+    return std::string(key, writeNameKey(key, tag, owner, folded, hasher));
+}
+
+size_t RecordKeys::writeNameKey(char* out, Tag tag, uint64_t owner, std::u16string_view folded, NameHasher hasher)
 {
     const size_t direct = std::min(folded.size(), kDirectNameUnits);
-    const bool hashed = isHashed(folded);
-    std::string key(kPrefixSize + 2 * direct + (hashed ? kHashSize : 0), '\0');
-    char* out = &key[0];
-    *out++ = tag;
-    for (int shift = 56; shift >= 0; shift -= 8)
-        *out++ = static_cast<char>((owner >> shift) & 0xFF);
+    out[0] = tag;
+    putBigEndian64(out + 1, owner);
+    char* name = out + kPrefixSize;
     for (size_t i = 0; i < direct; ++i) {
-        *out++ = static_cast<char>(folded[i] >> 8);
-        *out++ = static_cast<char>(folded[i] & 0xFF);
+        name[2 * i] = static_cast<char>(folded[i] >> 8);
+        name[2 * i + 1] = static_cast<char>(folded[i]);
     }
-    if (hashed) {
-        const uint64_t hash = hasher(folded);
-        for (int shift = 56; shift >= 0; shift -= 8)
-            *out++ = static_cast<char>((hash >> shift) & 0xFF);
-    }
-    return key;
+    if (!isHashed(folded))
+        return kPrefixSize + 2 * direct;
+    // Only long names get here, rarely: the hasher takes a string of its own.
+    putBigEndian64(name + 2 * direct, hasher(std::u16string(folded)));
+    return kHashedStemSize;
 }
 
 uint64_t RecordKeys::defaultHash(const std::u16string& folded)

@@ -16,6 +16,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 namespace zet {
 namespace portable {
@@ -39,9 +40,12 @@ public:
     // What every record filed under the owner begins with.
     static std::string prefix(Tag tag, uint64_t owner);
 
-    static bool isHashed(const std::u16string& folded) { return folded.size() > kDirectNameUnits; }
+    static bool isHashed(std::u16string_view folded) { return folded.size() > kDirectNameUnits; }
     // The whole key of a short name; for a long one, the stem that all its candidates share.
-    static std::string nameKey(Tag tag, uint64_t owner, const std::u16string& folded, NameHasher hasher);
+    static std::string nameKey(Tag tag, uint64_t owner, std::u16string_view folded, NameHasher hasher);
+    // The same written into out, which has room for kHashedStemSize bytes; returns its size.
+    // Lookups build their key this way, with no allocation.
+    static size_t writeNameKey(char* out, Tag tag, uint64_t owner, std::u16string_view folded, NameHasher hasher);
 
     // FNV-1a over the name's little-endian bytes: fixed, so stores move between platforms.
     static uint64_t defaultHash(const std::u16string& folded);

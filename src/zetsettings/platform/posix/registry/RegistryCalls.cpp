@@ -164,13 +164,13 @@ LONG queryValue(HKEY hKey, LPCWSTR valueName, LPDWORD reserved, LPDWORD type, LP
         return status;
     if (!key.allows(KEY_QUERY_VALUE))
         return ERROR_ACCESS_DENIED;
-    const std::u16string folded = RegistryName::foldedValue(valueName);
+    const FoldedValueName folded(valueName);
     const InOutCount capacity(size);
     return key.store->read([&](ReadTransaction& snapshot) -> LONG {
         capacity.restore();
         RegistryTree tree(snapshot.txn(), snapshot.dbi());
         ValueRecordView value;
-        if (!tree.findValue(key.id, folded, value))
+        if (!tree.findValue(key.id, folded.view(), value))
             return missingValueOrKey(tree, key.id, ERROR_FILE_NOT_FOUND);
         return ValueOutput::deliver(value, type, data, size);
     });
@@ -209,12 +209,12 @@ LONG deleteValue(HKEY hKey, LPCWSTR valueName)
         return status;
     if (!key.allows(KEY_SET_VALUE))
         return ERROR_ACCESS_DENIED;
-    const std::u16string folded = RegistryName::foldedValue(valueName);
+    const FoldedValueName folded(valueName);
     return key.store->write([&](WriteTransaction& transaction) -> LONG {
         RegistryTree tree(transaction.txn(), transaction.dbi());
         if (!tree.keyExists(key.id))
             return ERROR_KEY_DELETED;
-        return tree.deleteValue(key.id, folded) ? ERROR_SUCCESS : ERROR_FILE_NOT_FOUND;
+        return tree.deleteValue(key.id, folded.view()) ? ERROR_SUCCESS : ERROR_FILE_NOT_FOUND;
     });
 }
 

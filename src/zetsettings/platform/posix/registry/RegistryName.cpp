@@ -23,11 +23,18 @@ RegistryName RegistryName::ofValue(const WCHAR* name)
     return of(WideText::toUtf16(name));
 }
 
-std::u16string RegistryName::foldedValue(const WCHAR* name)
+FoldedValueName::FoldedValueName(const WCHAR* name)
 {
-    std::u16string folded = WideText::toUtf16(name);
-    CaseFolding::foldInPlace(folded);
-    return folded;
+    const size_t characters = WideText::lengthOf(name);
+    // A character takes at most two units.
+    char16_t* units = m_inline;
+    if (2 * characters > kInlineUnits) {
+        m_spilled.reset(new char16_t[2 * characters]);
+        units = m_spilled.get();
+    }
+    const size_t count = WideText::writeUtf16(name, characters, units);
+    CaseFolding::foldInPlace(units, count);
+    m_folded = std::u16string_view(units, count);
 }
 
 }  // namespace registry

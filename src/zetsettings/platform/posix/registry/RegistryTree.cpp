@@ -45,36 +45,33 @@ void RegistryTree::putKeyInfo(uint64_t id, const KeyInfo& info)
     checkLmdb(mdb_put(m_txn, m_dbi, &lmdbKey, &lmdbData, 0));
 }
 
-uint64_t RegistryTree::findSubkey(uint64_t parent, const RegistryName& name) const
+uint64_t RegistryTree::findSubkey(uint64_t parent, std::u16string_view folded) const
 {
-    NameIndex::Found found;
-    if (!NameIndex(m_txn, m_dbi, RecordKeys::kSubkey).find(parent, name.folded, found))
+    MDB_val data;
+    if (!NameIndex(m_txn, m_dbi, RecordKeys::kSubkey).lookup(parent, folded, data))
         return 0;
-    return SubkeyEntry::idOf(NamedRecordView::parse(found.data));
+    return SubkeyEntry::idOf(NamedRecordView::parse(data));
 }
 
 LONG RegistryTree::openPath(uint64_t base, const KeyPath& path, uint64_t& id) const
 {
     id = base;
-    for (const RegistryName& name : path.components()) {
-        id = findSubkey(id, name);
-        if (id == 0)
-            break;
-    }
+    for (size_t i = 0; i < path.size() && id != 0; ++i)
+        id = findSubkey(id, path.component(i).folded);
     // A deleted key has no subkeys left, so its absence shows only where the walk stopped.
     if (id == 0 || (path.empty() && !keyExists(base)))
         return keyExists(base) ? ERROR_FILE_NOT_FOUND : ERROR_KEY_DELETED;
     return ERROR_SUCCESS;
 }
 
-uint64_t RegistryTree::createSubkey(uint64_t parent, const RegistryName& name)
+uint64_t RegistryTree::createSubkey(uint64_t parent, const NameView& name)
 {
     const uint64_t id = StoreSchema::allocateKeyId(m_txn, m_dbi);
-    NameIndex(m_txn, m_dbi, RecordKeys::kSubkey).insert(parent, name.folded, SubkeyEntry::build(name.original, id));
     KeyInfo info;
     info.parent = parent;
     info.lastWrite = KeyClock::now();
     info.name = name.original;
+    NameIndex(m_txn, m_dbi, RecordKeys::kSubkey).insert(parent, name.folded, SubkeyEntry::build(info.name, id));
     putKeyInfo(id, info);
     touch(parent);
     return id;
@@ -86,8 +83,9 @@ LONG RegistryTree::createPath(uint64_t base, const KeyPath& path, uint64_t& id, 
     if (!keyExists(base))
         return ERROR_KEY_DELETED;
     id = base;
-    for (const RegistryName& name : path.components()) {
-        const uint64_t existing = findSubkey(id, name);
+    for (size_t i = 0; i < path.size(); ++i) {
+        const NameView name = path.component(i);
+        const uint64_t existing = findSubkey(id, name.folded);
         created = existing == 0;
         id = created ? createSubkey(id, name) : existing;
     }
@@ -152,12 +150,12 @@ void RegistryTree::deleteTree(uint64_t id, bool keepKey)
     }
 }
 
-bool RegistryTree::findValue(uint64_t key, const std::u16string& folded, ValueRecordView& value) const
+bool RegistryTree::findValue(uint64_t key, std::u16string_view folded, ValueRecordView& value) const
 {
-    NameIndex::Found found;
-    if (!NameIndex(m_txn, m_dbi, RecordKeys::kValue).find(key, folded, found))
+    MDB_val data;
+    if (!NameIndex(m_txn, m_dbi, RecordKeys::kValue).lookup(key, folded, data))
         return false;
-    value = ValueRecordView::parse(found.data);
+    value = ValueRecordView::parse(data);
     return true;
 }
 
@@ -173,7 +171,7 @@ void RegistryTree::setValue(uint64_t key, const RegistryName& name, uint32_t typ
     touch(key);
 }
 
-bool RegistryTree::deleteValue(uint64_t key, const std::u16string& folded)
+bool RegistryTree::deleteValue(uint64_t key, std::u16string_view folded)
 {
     if (!NameIndex(m_txn, m_dbi, RecordKeys::kValue).erase(key, folded))
         return false;

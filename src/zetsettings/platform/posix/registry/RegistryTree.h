@@ -9,6 +9,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "zetsettings/platform/posix/Win32Portable.h"
@@ -36,16 +37,16 @@ public:
     // Everything below the key, and the key itself unless keepKey.
     void deleteTree(uint64_t id, bool keepKey);
 
-    bool findValue(uint64_t key, const std::u16string& folded, ValueRecordView& value) const;
+    bool findValue(uint64_t key, std::u16string_view folded, ValueRecordView& value) const;
     // The key must exist.
     void setValue(uint64_t key, const RegistryName& name, uint32_t type, const std::string& data);
-    bool deleteValue(uint64_t key, const std::u16string& folded);
+    bool deleteValue(uint64_t key, std::u16string_view folded);
     // Marks the key as written now.
     void touch(uint64_t id);
 
 private:
-    uint64_t findSubkey(uint64_t parent, const RegistryName& name) const;
-    uint64_t createSubkey(uint64_t parent, const RegistryName& name);
+    uint64_t findSubkey(uint64_t parent, std::u16string_view folded) const;
+    uint64_t createSubkey(uint64_t parent, const NameView& name);
     std::vector<uint64_t> subkeysOf(uint64_t id) const;
     void eraseAll(const std::string& prefix);
     void putKeyInfo(uint64_t id, const KeyInfo& info);

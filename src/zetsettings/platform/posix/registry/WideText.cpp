@@ -14,19 +14,6 @@ const char16_t kReplacement = 0xFFFD;
 bool isHighSurrogate(uint32_t unit) { return unit >= 0xD800 && unit <= 0xDBFF; }
 bool isLowSurrogate(uint32_t unit) { return unit >= 0xDC00 && unit <= 0xDFFF; }
 
-void appendCharacter(std::u16string& out, uint32_t character)
-{
-    if (character < 0x10000) {
-        out.push_back(static_cast<char16_t>(character));
-    } else if (character <= 0x10FFFF) {
-        character -= 0x10000;
-        out.push_back(static_cast<char16_t>(0xD800 + (character >> 10)));
-        out.push_back(static_cast<char16_t>(0xDC00 + (character & 0x3FF)));
-    } else {
-        out.push_back(kReplacement);
-    }
-}
-
 // Whether a surrogate pair starts at position i.
 bool pairAt(const char16_t* text, size_t units, size_t i)
 {
@@ -66,32 +53,44 @@ void forEachCallerCharacter(const unsigned char* stored, size_t units, Visit vis
 
 std::u16string WideText::toUtf16(const WCHAR* text)
 {
-    if (!text)
-        return std::u16string();
-    size_t units = 0;
-    while (text[units])
-        ++units;
-    return toUtf16(text, units);
+    return toUtf16(text, lengthOf(text));
 }
 
 std::u16string WideText::toUtf16(const WCHAR* text, size_t units)
 {
+    std::u16string out(utf16Units(text, units), u'\0');
+    writeUtf16(text, units, &out[0]);
+    return out;
+}
+
+size_t WideText::lengthOf(const WCHAR* text)
+{
+    return text ? std::char_traits<WCHAR>::length(text) : 0;
+}
+
+size_t WideText::utf16Units(const WCHAR* text, size_t units)
+{
     size_t pairs = 0;
     for (size_t i = 0; !kWideIsUtf16 && i < units; ++i)
         pairs += static_cast<uint32_t>(text[i]) - 0x10000u <= 0xFFFFFu;
-    std::u16string out(units + pairs, u'\0');
-    if (pairs == 0) {
-        // The common case: every character is one unit (or is replaced by one).
-        for (size_t i = 0; i < units; ++i) {
-            const uint32_t character = static_cast<uint32_t>(text[i]);
-            out[i] = character < 0x10000 ? static_cast<char16_t>(character) : kReplacement;
+    return units + pairs;
+}
+
+size_t WideText::writeUtf16(const WCHAR* text, size_t units, char16_t* out)
+{
+    char16_t* const start = out;
+    for (size_t i = 0; i < units; ++i) {
+        const uint32_t character = static_cast<uint32_t>(text[i]);
+        if (character < 0x10000) {
+            *out++ = static_cast<char16_t>(character);
+        } else if (character <= 0x10FFFF) {
+            *out++ = static_cast<char16_t>(0xD800 + ((character - 0x10000) >> 10));
+            *out++ = static_cast<char16_t>(0xDC00 + ((character - 0x10000) & 0x3FF));
+        } else {
+            *out++ = kReplacement;
         }
-        return out;
     }
-    out.clear();
-    for (size_t i = 0; i < units; ++i)
-        appendCharacter(out, static_cast<uint32_t>(text[i]));
-    return out;
+    return static_cast<size_t>(out - start);
 }
 
 size_t WideText::callerUnits(const char16_t* text, size_t units)

@@ -21,6 +21,13 @@ public:
     // A zero-terminated caller text; null reads as empty.
     static std::u16string toUtf16(const WCHAR* text);
     static std::u16string toUtf16(const WCHAR* text, size_t units);
+    // The units of a zero-terminated caller text; null reads as empty.
+    static size_t lengthOf(const WCHAR* text);
+    // How many UTF-16 units the caller's text takes.
+    static size_t utf16Units(const WCHAR* text, size_t units);
+    // Writes the caller's text as UTF-16 (at most two units a character), for the calls that
+    // convert on every use and keep the text in place; returns the units written.
+    static size_t writeUtf16(const WCHAR* text, size_t units, char16_t* out);
 
     // How many caller units the UTF-16 text takes.
     static size_t callerUnits(const char16_t* text, size_t units);

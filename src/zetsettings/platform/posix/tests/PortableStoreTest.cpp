@@ -228,6 +228,21 @@ TEST_F(PortableStore, NameLimitsCountUtf16Units)
     EXPECT_EQ(ERROR_INVALID_PARAMETER, zettest::setDword(base.get(), (pairs + L"\U0001F600").c_str(), 1));
 }
 
+TEST_F(PortableStore, APathLongerThanUsualIsFoundInAnyCaseAndKeepsItsOwn)
+{
+    ScopedKey base = zettest::testKey(L"LongPath");
+    std::wstring written, shouted;
+    for (int level = 0; level < 12; ++level) {
+        const std::wstring number = std::to_wstring(level);
+        written += L"Level" + number + L"\u00e9" + std::wstring(200, L'n') + L"\\";
+        shouted += L"LEVEL" + number + L"\u00c9" + std::wstring(200, L'N') + L"\\";
+    }
+    ScopedKey key;
+    ASSERT_EQ(ERROR_SUCCESS, zettest::createKey(base.get(), written, key));
+    EXPECT_EQ(ERROR_SUCCESS, zettest::openKey(base.get(), shouted, key));
+    EXPECT_EQ(std::vector<std::wstring>{written.substr(0, written.find(L'\\'))}, zettest::subkeyNames(base.get()));
+}
+
 TEST_F(PortableStore, TextIsStoredAsLittleEndianUtf16)
 {
     ScopedKey key = zettest::testKey(L"Bytes");
