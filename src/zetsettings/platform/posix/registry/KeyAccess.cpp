@@ -31,7 +31,7 @@ LONG KeyAccess::resolve(HKEY handle, KeyReference& key)
     if (!key.open)
         return ERROR_INVALID_HANDLE;
     key.store = key.open->store;
-    if (!key.store->belongsToThisProcess())
+    if (!key.store->belongsToThisProcess() || key.store->closed())
         key.store = StoreCatalog::instance().forDirectory(key.store->directory());
     key.id = key.open->id;
     key.access = key.open->access;

@@ -69,7 +69,11 @@ std::unique_ptr<Store> Store::open(const std::string& directory)
     int rc = store->openEnvironment(kWritableFlags);
     if (isRefusal(rc)) {
         store->m_writable = false;
+        const int refusal = rc;
         rc = store->openEnvironment(kReadOnlyFlags);
+        // Files that could not be made are not there to read: the refusal names the problem.
+        if (rc == ENOENT)
+            rc = refusal;
     }
     checkLmdb(rc);
     store->checkFileHoldsData();
@@ -87,8 +91,10 @@ std::unique_ptr<Store> Store::open(const std::string& directory)
 
 Store::~Store()
 {
-    if (!belongsToThisProcess() || !m_env)
+    if (!belongsToThisProcess() || !m_env || m_closed)
         return;
+    if (MDB_txn* spare = m_spareReader.load())
+        mdb_txn_abort(spare);
     for (MDB_txn* reader : m_idleReaders)
         mdb_txn_abort(reader);
     mdb_env_close(m_env);
@@ -159,8 +165,8 @@ size_t Store::mapSize() const
 
 int Store::startReader(MDB_txn*& txn)
 {
-    txn = nullptr;
-    {
+    txn = m_spareReader.exchange(nullptr);
+    if (!txn) {
         std::lock_guard<std::mutex> guard(m_idleReadersMutex);
         if (!m_idleReaders.empty()) {
             txn = m_idleReaders.back();
@@ -180,6 +186,9 @@ int Store::startReader(MDB_txn*& txn)
 void Store::finishReader(MDB_txn* txn)
 {
     mdb_txn_reset(txn);
+    MDB_txn* noSpare = nullptr;
+    if (m_spareReader.compare_exchange_strong(noSpare, txn))
+        return;
     {
         std::lock_guard<std::mutex> guard(m_idleReadersMutex);
         if (m_idleReaders.size() < kIdleReaderLimit) {
@@ -201,17 +210,48 @@ void Store::clearStaleReaders()
 void Store::adoptMapSize()
 {
     ExclusiveMapLock exclusive(m_mapLock);
-    checkLmdb(mdb_env_set_mapsize(m_env, 0));
+    refuseIfClosed();
+    remap(0);
 }
 
 void Store::growMap(size_t observedSize)
 {
     ExclusiveMapLock exclusive(m_mapLock);
+    refuseIfClosed();
     if (mapSize() != observedSize)
         return;  // another thread grew it meanwhile
     if (observedSize >= kMaximumMap)
         throw StoreFailure(ERROR_DISK_FULL, MDB_MAP_FULL);
-    checkLmdb(mdb_env_set_mapsize(m_env, std::min(observedSize * 2, kMaximumMap)));
+    remap(std::min(observedSize * 2, kMaximumMap));
+}
+
+// Under the exclusive map lock, so no transaction of this process is running.
+void Store::remap(size_t size)
+{
+    const int rc = mdb_env_set_mapsize(m_env, size);
+    if (rc != MDB_SUCCESS)
+        closeAfterLostMap();
+    checkLmdb(rc);
+}
+
+// LMDB unmaps the file before it maps it again and keeps no map to go back to when that fails:
+// any further transaction would touch a null map. The environment is closed while nothing uses
+// it, and the catalog opens the store again.
+void Store::closeAfterLostMap()
+{
+    if (MDB_txn* spare = m_spareReader.exchange(nullptr))
+        mdb_txn_abort(spare);
+    for (MDB_txn* reader : m_idleReaders)
+        mdb_txn_abort(reader);
+    m_idleReaders.clear();
+    mdb_env_close(m_env);
+    m_closed = true;
+}
+
+void Store::refuseIfClosed() const
+{
+    if (m_closed)
+        throw StoreFailure(ERROR_REGISTRY_IO_FAILED);
 }
 
 // ---- transactions --------------------------------------------------------------------------
@@ -221,6 +261,10 @@ ReadTransaction::ReadTransaction(Store& store) : m_store(store)
     bool readersChecked = false;
     for (;;) {
         m_store.m_mapLock.lockShared();
+        if (m_store.m_closed) {
+            m_store.m_mapLock.unlockShared();
+            m_store.refuseIfClosed();
+        }
         const int rc = m_store.startReader(m_txn);
         if (rc == MDB_SUCCESS)
             break;
@@ -261,6 +305,10 @@ WriteTransaction::WriteTransaction(Store& store) : m_store(store), m_turn(*store
 {
     for (;;) {
         m_store.m_mapLock.lockShared();
+        if (m_store.m_closed) {
+            m_store.m_mapLock.unlockShared();
+            m_store.refuseIfClosed();
+        }
         const int rc = mdb_txn_begin(m_store.m_env, nullptr, 0, &m_txn);
         if (rc == MDB_SUCCESS)
             return;

@@ -30,6 +30,7 @@
 #include <lmdb.h>
 #include <sys/types.h>
 
+#include <atomic>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -61,6 +62,9 @@ public:
     const std::string& directory() const { return m_directory; }
     bool writable() const { return m_writable; }
     bool belongsToThisProcess() const { return m_owner == ThisProcess::id(); }
+    // True once a failed remap has left LMDB without its map: the environment is closed, every
+    // transaction is refused, and the catalog opens the store afresh.
+    bool closed() const { return m_closed; }
 
     // Runs body(ReadTransaction&) on a snapshot and returns its result.
     template <class Body>
@@ -90,6 +94,9 @@ private:
     void clearStaleReaders();
     void adoptMapSize();
     void growMap(size_t observedSize);
+    void remap(size_t size);
+    void closeAfterLostMap();
+    void refuseIfClosed() const;
     // A read-only process retries a snapshot that writers overtook; past this, it gives up.
     static const unsigned kSnapshotAttempts = 1000;
 
@@ -99,9 +106,13 @@ private:
     MDB_env* m_env = nullptr;
     MDB_dbi m_dbi = 0;
     MapLock m_mapLock;
+    // One idle reader is kept aside, taken and given back without a lock: a process whose
+    // calls come one at a time never needs more. Others wait in the list.
+    std::atomic<MDB_txn*> m_spareReader{nullptr};
     std::mutex m_idleReadersMutex;
     std::vector<MDB_txn*> m_idleReaders;
     std::unique_ptr<WriterLock> m_writerLock;
+    std::atomic<bool> m_closed{false};
 };
 
 template <class Body>

@@ -15,6 +15,28 @@ namespace portable {
 namespace registry {
 namespace {
 
+// The store this thread found last from a predefined root. Holding it keeps the catalog from
+// closing it; a thread that moves to another store lets it go.
+struct RecentStore {
+    std::string spelling;
+    std::shared_ptr<Store> store;
+
+    bool answers(const char* directory) const
+    {
+        return store && store->belongsToThisProcess() && !store->closed() && spelling == directory;
+    }
+    ~RecentStore();
+};
+
+// Set once the thread's RecentStore is gone, for calls from destructors that run after it.
+thread_local bool recentStoreGone = false;
+thread_local RecentStore recentStore;
+
+RecentStore::~RecentStore()
+{
+    recentStoreGone = true;
+}
+
 std::string realPathOf(const std::string& directory)
 {
     char resolved[PATH_MAX];
@@ -54,7 +76,15 @@ void StoreCatalog::unlockAfterFork()
 
 std::shared_ptr<Store> StoreCatalog::current()
 {
-    return forDirectory(storeDirectory());
+    const char* directory = storeDirectoryName();
+    if (recentStoreGone)
+        return forDirectory(directory);
+    if (!recentStore.answers(directory)) {
+        std::shared_ptr<Store> found = forDirectory(directory);
+        recentStore.spelling = directory;
+        recentStore.store = std::move(found);
+    }
+    return recentStore.store;
 }
 
 std::shared_ptr<Store> StoreCatalog::forDirectory(const std::string& directory)
@@ -65,6 +95,10 @@ std::shared_ptr<Store> StoreCatalog::forDirectory(const std::string& directory)
         m_entries.clear();
         m_process = ThisProcess::id();
     }
+    // A store closed after a failed remap is opened afresh; handles still on it follow.
+    m_entries.erase(std::remove_if(m_entries.begin(), m_entries.end(),
+                                   [](const Entry& entry) { return entry.store->closed(); }),
+                    m_entries.end());
     if (std::shared_ptr<Store> known = find(directory))
         return known;
     return openByRealPath(directory);

@@ -2,7 +2,9 @@
 //
 // A directory is known by its real path, so two spellings of it share one environment (LMDB
 // must not be opened twice in one process). The directory named by ZET_REGISTRY_DIR is looked
-// up on every call that starts from a predefined root. Stores that nothing uses any more are
+// up on every call that starts from a predefined root; each thread remembers the store it
+// found last and the spelling it was found under, so that a thread that keeps to one store
+// takes no lock for it. Stores that nothing uses any more (no handle, no thread's memory) are
 // closed once more than a few are open. After fork() the child forgets the parent's stores
 // without closing them and opens its own.
 #ifndef ZETSETTINGS_PLATFORM_POSIX_REGISTRY_STORECATALOG_H

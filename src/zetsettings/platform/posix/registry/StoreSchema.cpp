@@ -106,9 +106,10 @@ void StoreSchema::prepare(Store& store)
         return;
     if (layout == Layout::kForeign)
         throw StoreFailure(ERROR_BADDB);
-    // Nothing was ever written; a process that may not write sees no registry at all.
+    // Nothing was ever written, and this process may not write: it finds no keys, and is
+    // refused any open or create that asks to write, as in a store laid out by another.
     if (!store.writable())
-        throw StoreFailure(ERROR_FILE_NOT_FOUND);
+        return;
     const LONG result = store.write([](WriteTransaction& transaction) -> LONG {
         switch (layoutOf(transaction.txn(), transaction.dbi())) {
         case Layout::kReady:

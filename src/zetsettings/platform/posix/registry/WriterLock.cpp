@@ -1,11 +1,23 @@
 #include "zetsettings/platform/posix/registry/WriterLock.h"
 
 #include <errno.h>
+#include <fcntl.h>
 #include <sys/file.h>
+#include <unistd.h>
 
 namespace zet {
 namespace portable {
 namespace registry {
+
+WriterLock::WriterLock(int descriptor) : m_fd(descriptor < 0 ? -1 : fcntl(descriptor, F_DUPFD_CLOEXEC, 0))
+{
+}
+
+WriterLock::~WriterLock()
+{
+    if (m_fd >= 0)
+        close(m_fd);
+}
 
 void WriterLock::lock()
 {

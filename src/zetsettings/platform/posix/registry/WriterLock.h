@@ -8,9 +8,11 @@
 // waited for by two processes at once.
 //
 // LMDB takes no flock of its own, and on a local file system flock and LMDB's fcntl locks
-// don't meet; the descriptor is LMDB's, opened once per process and store, so no second
-// descriptor on its files is opened (or closed). Threads of the process take turns on an
-// in-process mutex first, since a flock belongs to the descriptor, not to a thread.
+// don't meet. The lock holds a duplicate of LMDB's descriptor: the same open file, so no file
+// is opened a second time, but a number that stays valid if the store's environment is closed
+// while a writer waits (a map that could not be made again). LMDB's fcntl locks are on
+// lock.mdb, so closing the duplicate drops none of them. Threads of the process take turns on
+// an in-process mutex first, since a flock belongs to the open file, not to a thread.
 #ifndef ZETSETTINGS_PLATFORM_POSIX_REGISTRY_WRITERLOCK_H
 #define ZETSETTINGS_PLATFORM_POSIX_REGISTRY_WRITERLOCK_H
 
@@ -22,8 +24,9 @@ namespace registry {
 
 class WriterLock {
 public:
-    // A descriptor below 0 leaves LMDB's mutex alone in charge.
-    explicit WriterLock(int descriptor) : m_fd(descriptor) {}
+    // A descriptor below 0, or one that can't be duplicated, leaves LMDB's mutex alone in charge.
+    explicit WriterLock(int descriptor);
+    ~WriterLock();
 
     WriterLock(const WriterLock&) = delete;
     WriterLock& operator=(const WriterLock&) = delete;
