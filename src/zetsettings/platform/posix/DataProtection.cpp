@@ -31,6 +31,13 @@ BOOL fail(DWORD error, DATA_BLOB* out)
     return FALSE;
 }
 
+// sodium_init takes a lock on every call; once it has answered, the answer stands.
+bool sodiumReady()
+{
+    static const bool ready = sodium_init() >= 0;
+    return ready;
+}
+
 bool isValid(const DATA_BLOB* blob)
 {
     return blob && (blob->cbData == 0 || blob->pbData);
@@ -61,21 +68,21 @@ DWORD handOutDescription(const std::u16string& description, LPWSTR* out)
 
 DWORD protect(const DATA_BLOB& data, LPCWSTR description, const DATA_BLOB& entropy, DATA_BLOB& out)
 {
-    MachineKey key;
-    const DWORD loaded = MachineKeyCache::fetch(zet::portable::machineKeyPath(zet::portable::storeDirectory()), true, key);
-    if (loaded != ERROR_SUCCESS)
-        return loaded;
-    return ProtectedBlob::seal(key, zet::portable::registry::WideText::toUtf16(description), data, entropy, out);
+    DWORD error = ERROR_SUCCESS;
+    const MachineKey* key = MachineKeyCache::fetch(zet::portable::storeDirectory(), true, error);
+    if (!key)
+        return error;
+    return ProtectedBlob::seal(*key, zet::portable::registry::WideText::toUtf16(description), data, entropy, out);
 }
 
 DWORD unprotect(const DATA_BLOB& blob, const DATA_BLOB& entropy, LPWSTR* description, DATA_BLOB& out)
 {
-    MachineKey key;
-    const DWORD loaded = MachineKeyCache::fetch(zet::portable::machineKeyPath(zet::portable::storeDirectory()), false, key);
-    if (loaded != ERROR_SUCCESS)
-        return loaded;
+    DWORD error = ERROR_SUCCESS;
+    const MachineKey* key = MachineKeyCache::fetch(zet::portable::storeDirectory(), false, error);
+    if (!key)
+        return error;
     std::u16string text;
-    const DWORD opened = ProtectedBlob::open(key, blob, entropy, text, out);
+    const DWORD opened = ProtectedBlob::open(*key, blob, entropy, text, out);
     if (opened != ERROR_SUCCESS || !description)
         return opened;
     const DWORD handed = handOutDescription(text, description);
@@ -97,7 +104,7 @@ BOOL CryptProtectData(DATA_BLOB* pDataIn, LPCWSTR szDataDescr, DATA_BLOB* pOptio
         return fail(ERROR_INVALID_PARAMETER, pDataOut);
     if (!(dwFlags & CRYPTPROTECT_LOCAL_MACHINE))
         return fail(ERROR_NOT_SUPPORTED, pDataOut);
-    if (sodium_init() < 0)
+    if (!sodiumReady())
         return fail(ERROR_NOT_SUPPORTED, pDataOut);
     try {
         DATA_BLOB out = {0, nullptr};
@@ -118,7 +125,7 @@ BOOL CryptUnprotectData(DATA_BLOB* pDataIn, LPWSTR* ppszDataDescr, DATA_BLOB* pO
         *ppszDataDescr = nullptr;
     if (!isValid(pDataIn) || !pDataOut || (pOptionalEntropy && !isValid(pOptionalEntropy)))
         return fail(ERROR_INVALID_PARAMETER, pDataOut);
-    if (sodium_init() < 0)
+    if (!sodiumReady())
         return fail(ERROR_NOT_SUPPORTED, pDataOut);
     try {
         DATA_BLOB out = {0, nullptr};

@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <sodium.h>
 #include <sys/file.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -13,10 +14,13 @@
 
 #include "zetsettings/platform/posix/StoreLocation.h"
 #include "zetsettings/platform/posix/SystemError.h"
+#include "zetsettings/platform/posix/registry/ThisProcess.h"
 
 namespace zet {
 namespace portable {
 namespace {
+
+using registry::ThisProcess;
 
 const char kHeld = '1';
 const char kReleased = '0';
@@ -57,9 +61,11 @@ std::string hashed(const std::string& encoded)
 
 }  // namespace
 
+LockFile::LockFile(const std::wstring& name) : m_fileName(fileName(name)) {}
+
 LockFile::~LockFile()
 {
-    if (m_locked && m_pid == getpid())
+    if (m_locked && m_pid == ThisProcess::id())
         unlock();
     closeFile();
 }
@@ -73,11 +79,9 @@ std::string LockFile::fileName(const std::wstring& name)
     return "mutex#" + hashed(encoded) + ".lock";
 }
 
-LockFile::Outcome LockFile::lock(const std::string& directory, const std::wstring& name,
-                                 const Deadline& deadline, DWORD& error)
+LockFile::Outcome LockFile::lock(const std::string& directory, const Deadline& deadline, DWORD& error)
 {
-    const std::string path = directory + "/" + fileName(name);
-    error = openFor(directory, path);
+    error = openFor(directory);
     if (error != ERROR_SUCCESS)
         return Outcome::Failed;
     if (!take(deadline, error))
@@ -103,11 +107,12 @@ void LockFile::forgetAfterFork()
     m_locked = false;
 }
 
-DWORD LockFile::openFor(const std::string& directory, const std::string& path)
+DWORD LockFile::openFor(const std::string& directory)
 {
-    if (m_fd >= 0 && m_pid == getpid() && m_path == path && stillNamedBy(path))
+    if (m_fd >= 0 && m_pid == ThisProcess::id() && m_directory == directory && stillLinked())
         return ERROR_SUCCESS;
     closeFile();
+    const std::string path = directory + "/" + m_fileName;
     if (const int failure = ensureStoreDirectory(directory))
         return win32ErrorFromErrno(failure);
 
@@ -133,19 +138,31 @@ DWORD LockFile::openFor(const std::string& directory, const std::string& path)
     }
     m_fd = fd;
     m_writable = writable;
-    m_pid = getpid();
-    m_device = info.st_dev;
-    m_inode = info.st_ino;
-    m_path = path;
+    m_pid = ThisProcess::id();
+    m_directory = directory;
+    if (writable)
+        mapMark();
     return ERROR_SUCCESS;
 }
 
-// A store directory that was removed and made again holds a new file under the old name; a
-// lock on the old one would order nobody.
-bool LockFile::stillNamedBy(const std::string& path) const
+// A store directory that was removed (and perhaps made again) leaves our file without a name;
+// a lock on it would order nobody. Asked of the descriptor, as a lookup of the path costs more.
+bool LockFile::stillLinked() const
 {
     struct stat info;
-    return stat(path.c_str(), &info) == 0 && info.st_dev == m_device && info.st_ino == m_inode;
+    return fstat(m_fd, &info) == 0 && info.st_nlink > 0;
+}
+
+// Touching a mapped page past the end of the file faults, so the byte is given a block first;
+// fallocate never changes a byte that is there, so a mark left by a dead holder survives.
+// Without the mapping, the mark falls back to pread and pwrite.
+void LockFile::mapMark()
+{
+    if (posix_fallocate(m_fd, 0, 1) != 0)
+        return;
+    void* page = mmap(nullptr, 1, PROT_READ | PROT_WRITE, MAP_SHARED, m_fd, 0);
+    if (page != MAP_FAILED)
+        m_mark = static_cast<volatile char*>(page);
 }
 
 bool LockFile::take(const Deadline& deadline, DWORD& error)
@@ -183,6 +200,10 @@ void LockFile::markHeld(bool held)
     if (!m_writable)
         return;
     const char mark = held ? kHeld : kReleased;
+    if (m_mark) {
+        *m_mark = mark;
+        return;
+    }
     // A mark that can't be written only costs the report of an abandonment.
     if (pwrite(m_fd, &mark, 1, 0) != 1)
         return;
@@ -190,16 +211,21 @@ void LockFile::markHeld(bool held)
 
 bool LockFile::wasLeftHeld() const
 {
+    if (m_mark)
+        return *m_mark == kHeld;
     char mark = kReleased;
     return pread(m_fd, &mark, 1, 0) == 1 && mark == kHeld;
 }
 
 void LockFile::closeFile()
 {
+    if (m_mark)
+        munmap(const_cast<char*>(m_mark), 1);
+    m_mark = nullptr;
     if (m_fd >= 0)
         close(m_fd);
     m_fd = -1;
-    m_path.clear();
+    m_directory.clear();
 }
 
 }  // namespace portable

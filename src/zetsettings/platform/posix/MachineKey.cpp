@@ -6,8 +6,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cstring>
-
 #include "zetsettings/platform/posix/StoreLocation.h"
 #include "zetsettings/platform/posix/SystemError.h"
 
@@ -19,6 +17,19 @@ bool isTrusted(const struct stat& info)
 {
     const bool ownerOk = info.st_uid == 0 || info.st_uid == geteuid();
     return S_ISREG(info.st_mode) && ownerOk && (info.st_mode & (S_IRWXG | S_IRWXO)) == 0;
+}
+
+bool sameTime(const timespec& a, const timespec& b)
+{
+    return a.tv_sec == b.tv_sec && a.tv_nsec == b.tv_nsec;
+}
+
+// Of one descriptor, so device and inode can't differ. The link count is there because a file
+// renamed over the key, or removing it, drops it; renaming the key itself changes its ctime.
+bool sameFile(const struct stat& a, const struct stat& b)
+{
+    return a.st_nlink == b.st_nlink && a.st_size == b.st_size && a.st_mode == b.st_mode && a.st_uid == b.st_uid &&
+           sameTime(a.st_mtim, b.st_mtim) && sameTime(a.st_ctim, b.st_ctim);
 }
 
 std::string parentOf(const std::string& path)
@@ -69,35 +80,40 @@ int placeWithoutReplacing(const std::string& temporary, const std::string& path)
 
 }  // namespace
 
-MachineKey::MachineKey() : m_bytes(), m_file(), m_fromFile(false) {}
+MachineKey::MachineKey() : m_bytes(), m_file(), m_fd(-1) {}
 
 MachineKey::~MachineKey()
 {
+    forget();
+}
+
+void MachineKey::forget()
+{
     sodium_memzero(m_bytes, sizeof(m_bytes));
+    if (m_fd >= 0)
+        close(m_fd);
+    m_fd = -1;
 }
 
-void MachineKey::copyFrom(const MachineKey& other)
+bool MachineKey::fileUnchanged() const
 {
-    std::memcpy(m_bytes, other.m_bytes, sizeof(m_bytes));
-    m_file = other.m_file;
-    m_fromFile = other.m_fromFile;
-}
-
-bool MachineKey::loadedFrom(struct stat& file) const
-{
-    if (m_fromFile)
-        file = m_file;
-    return m_fromFile;
+    struct stat now;
+    return m_fd >= 0 && fstat(m_fd, &now) == 0 && now.st_nlink > 0 && sameFile(m_file, now);
 }
 
 DWORD MachineKey::load(const std::string& path)
 {
-    m_fromFile = false;
+    forget();
     const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW);
     if (fd < 0)
         return win32ErrorFromErrno(errno);
     const DWORD result = readFrom(fd);
+    if (result == ERROR_SUCCESS) {
+        m_fd = fd;
+        return result;
+    }
     close(fd);
+    sodium_memzero(m_bytes, sizeof(m_bytes));
     return result;
 }
 
@@ -128,7 +144,6 @@ DWORD MachineKey::readFrom(int fd)
         got += static_cast<std::size_t>(read_);
     }
     m_file = info;
-    m_fromFile = true;
     return ERROR_SUCCESS;
 }
 

@@ -9,6 +9,9 @@
 // A key file is only trusted when it is a regular file of exactly 32 bytes, owned by root or by
 // this process's user, and neither readable nor writable by anybody else. A key file that fails
 // a check is an error and is never replaced.
+//
+// A key read from a file keeps that file open, so that asking whether the file has changed
+// since costs one fstat() instead of a lookup of its path.
 #ifndef ZETSETTINGS_PLATFORM_POSIX_MACHINEKEY_H
 #define ZETSETTINGS_PLATFORM_POSIX_MACHINEKEY_H
 
@@ -28,7 +31,7 @@ public:
     static constexpr std::size_t kSize = crypto_aead_xchacha20poly1305_ietf_KEYBYTES;
 
     MachineKey();
-    // Wipes the key from memory.
+    // Wipes the key from memory and closes its file.
     ~MachineKey();
 
     MachineKey(const MachineKey&) = delete;
@@ -41,11 +44,13 @@ public:
     DWORD loadOrCreate(const std::string& path);
 
     const unsigned char* bytes() const { return m_bytes; }
-    void copyFrom(const MachineKey& other);
 
-    // The file that the last successful load read the key from; false when the key was not
-    // read from a file (made here, or not loaded).
-    bool loadedFrom(struct stat& file) const;
+    // True while the file that the key was read from is as it was then: still linked, same
+    // size, owner, mode, link count and times. False for a key made here or not loaded. A
+    // file replaced by rename, removed, chmod'ed, chown'ed or rewritten no longer counts.
+    bool fileUnchanged() const;
+    // Wipes the key and closes its file (in a child of fork, the parent's).
+    void forget();
 
 private:
     DWORD readFrom(int fd);
@@ -54,7 +59,8 @@ private:
 
     unsigned char m_bytes[kSize];
     struct stat m_file;
-    bool m_fromFile;
+    // The file the key was read from, open; -1 for a key not read from a file.
+    int m_fd;
 };
 
 }  // namespace portable

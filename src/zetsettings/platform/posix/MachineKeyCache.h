@@ -1,10 +1,16 @@
 // Every read of a protected value needs the machine key, and loading it costs an open, a stat,
-// a read and a close. Each thread keeps the key it loaded last and uses it again while the file
-// at the key's path is still that same file (device, inode, size, owner, mode, times), which
-// one lstat tells. Any change to the file (replaced, removed, chmod, rewritten) loads it anew,
-// with all of MachineKey's checks. Per thread, so that neither a lock nor a fork gets in the way;
-// a child of fork starts with nothing cached. A thread that changes its user keeps what it
-// loaded before, as it keeps any other memory.
+// a read and a close. Each thread keeps the key it loaded last, with its file open, and uses it
+// again while that file is unchanged (MachineKey::fileUnchanged, one fstat). A key file
+// replaced, removed, chmod'ed or rewritten loads anew, with all of MachineKey's checks.
+//
+// The one change this can't see: the key's path coming to name another file while the cached
+// file itself is left untouched, as when a directory above it is renamed or swapped (renaming
+// or replacing the key file itself is seen). The thread goes on with the key it has until its
+// file changes.
+//
+// Per thread, so that neither a lock nor a fork gets in the way; a child of fork starts with
+// nothing cached. A thread that changes its user keeps what it loaded before, as it keeps any
+// other memory. A thread that used the key holds one descriptor on it until it ends.
 #ifndef ZETSETTINGS_PLATFORM_POSIX_MACHINEKEYCACHE_H
 #define ZETSETTINGS_PLATFORM_POSIX_MACHINEKEYCACHE_H
 
@@ -17,9 +23,10 @@ namespace portable {
 
 class MachineKeyCache {
 public:
-    // Fills `key` with the machine key at `path`, making it first when `create` is true and
-    // there is none. Returns what MachineKey::load or loadOrCreate returns.
-    static DWORD fetch(const std::string& path, bool create, MachineKey& key);
+    // This thread's machine key of the store `directory` (the file at machineKeyPath), made
+    // first when `create` is true and there is none; valid until this thread's next fetch.
+    // Null on failure, with `error` set to what MachineKey::load or loadOrCreate returned.
+    static const MachineKey* fetch(const std::string& directory, bool create, DWORD& error);
 };
 
 }  // namespace portable

@@ -5,7 +5,9 @@
 namespace zet {
 namespace portable {
 
-MutexObject::MutexObject(const std::wstring& name) : m_name(name), m_free(new std::condition_variable) {}
+MutexObject::MutexObject(const std::wstring& name) : m_name(name), m_free(new std::condition_variable), m_file(name)
+{
+}
 
 MutexObject::~MutexObject()
 {
@@ -73,7 +75,7 @@ DWORD MutexObject::claimFile(std::unique_lock<std::mutex>& guard, const Deadline
     const std::string directory = storeDirectory();
     DWORD error = ERROR_SUCCESS;
     guard.unlock();
-    const LockFile::Outcome outcome = m_file.lock(directory, m_name, deadline, error);
+    const LockFile::Outcome outcome = m_file.lock(directory, deadline, error);
     guard.lock();
     if (outcome == LockFile::Outcome::Acquired || outcome == LockFile::Outcome::Abandoned) {
         m_count = 1;

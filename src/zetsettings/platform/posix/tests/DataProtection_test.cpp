@@ -84,6 +84,15 @@ void overwrite(const std::string& path, const std::string& bytes)
     std::ofstream(path, std::ios::binary | std::ios::trunc) << bytes;
 }
 
+// Puts a key file in place as a careful administrator would: written aside, renamed over.
+void replaceByRename(const std::string& path, const std::string& bytes)
+{
+    const std::string aside = path + ".aside";
+    overwrite(aside, bytes);
+    chmod(aside.c_str(), 0600);
+    fs::rename(aside, path);
+}
+
 mode_t modeOf(const std::string& path)
 {
     struct stat info;
@@ -196,9 +205,13 @@ TEST_F(DataProtectionTest, TheFirstEncryptionMakesAnOwnerOnlyKeyBesideTheStoreTh
     EXPECT_TRUE(unprotect(blob).ok);
 }
 
+// Each step starts with the key in use by this thread, so what it checks is that a change of
+// the key file is seen by a process that already holds the key.
 TEST_F(DataProtectionTest, DecryptingWithoutAKeyFailsAndMakesNoneAndAnotherKeyOpensNothing)
 {
     const std::string blob = makeKey();
+    const std::string oldKey = contentOf(keyPath());
+    ASSERT_TRUE(unprotect(blob).ok);
     fs::remove(keyPath());
     const Protection decrypted = unprotect(blob);
     EXPECT_FALSE(decrypted.ok);
@@ -206,10 +219,16 @@ TEST_F(DataProtectionTest, DecryptingWithoutAKeyFailsAndMakesNoneAndAnotherKeyOp
     EXPECT_FALSE(fs::exists(keyPath()));
 
     // A new key made by the next encryption doesn't open what the old one sealed.
-    EXPECT_TRUE(protect("again").ok);
+    const Protection again = protect("again");
+    EXPECT_TRUE(again.ok);
     const Protection withNewKey = unprotect(blob);
     EXPECT_FALSE(withNewKey.ok);
     EXPECT_EQ(static_cast<DWORD>(ERROR_INVALID_DATA), withNewKey.error);
+
+    ASSERT_TRUE(unprotect(again.bytes).ok);
+    replaceByRename(keyPath(), oldKey);
+    EXPECT_TRUE(unprotect(blob).ok);
+    EXPECT_FALSE(unprotect(again.bytes).ok);
 }
 
 TEST_F(DataProtectionTest, AKeyFileOthersMayUseOrOfTheWrongKindIsRefusedAndKept)
@@ -242,6 +261,7 @@ TEST_F(DataProtectionTest, AKeyFileOthersMayUseOrOfTheWrongKindIsRefusedAndKept)
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
+        ASSERT_TRUE(unprotect(blob).ok) << "the key in use when it is damaged";
         c.damage();
         expectRefused(c.error, blob);
         fs::remove_all(keyPath());

@@ -167,6 +167,19 @@ TEST_F(NamedMutexTest, AHolderKilledHoldingItIsReportedAsAbandonedOnce)
     EXPECT_TRUE(ReleaseMutex(mutex.get()));
 }
 
+TEST_F(NamedMutexTest, AStoreRemovedAndMadeAgainIsSharedWithTheProcessesThatUseItNow)
+{
+    Handle mutex(name);
+    ASSERT_EQ(WAIT_OBJECT_0, WaitForSingleObject(mutex.get(), 0));
+    ASSERT_TRUE(ReleaseMutex(mutex.get()));
+    fs::remove_all(registry.storeDirectory());
+    fs::create_directory(registry.storeDirectory());
+
+    zettest::ChildProcess holder("seam_mutex_hold", {zettest::narrow(name), signals.path()});
+    ASSERT_TRUE(signals.awaitRaised("held"));
+    EXPECT_EQ(WAIT_TIMEOUT, WaitForSingleObject(mutex.get(), 0)) << "locked the removed store's file";
+}
+
 TEST_F(NamedMutexTest, AForkedChildDoesNotShareItsParentsHold)
 {
     Handle mutex(name);
