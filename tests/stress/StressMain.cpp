@@ -4,6 +4,10 @@
 //                            [--check-timeout-ms 20000] [--only profiles,fallback,chooser,alerts]
 //   zetsettings_stress contention [--seconds 60] [--processes 8] [--threads 4] [--walk 61]
 //                                 [--user-writers 1] [--walk-by library|read-then-write]
+//   zetsettings_stress fault [--errnos ENOSPC,EIO,EACCES] [--modes once,always] [--from seeded,empty]
+//                            [--max-n 5000]
+//                            [--timeout-ms 20000] [--shim path]
+//   zetsettings_stress full-disk | unmade-store | unreadable-key
 //
 // Each run works on a store of its own in a fresh temporary directory, removed at the end,
 // and exits non-zero when any invariant was seen broken. The other roles are the children
@@ -27,6 +31,14 @@ const Role kRoles[] = {
     {"contention", zetstress::contentionDriver},
     {"contention-worker", zetstress::contentionWorker},
     {"contention-check", zetstress::contentionCheck},
+    {"fault", zetstress::faultDriver},
+    {"fault-write", zetstress::faultWriter},
+    {"fault-check", zetstress::faultCheck},
+    {"full-disk", zetstress::fullDisk},
+    {"unmade-store", zetstress::unmadeStore},
+    {"unmade-store-case", zetstress::unmadeStoreCase},
+    {"unreadable-key", zetstress::unreadableKey},
+    {"unreadable-key-case", zetstress::unreadableKeyCase},
 };
 
 }  // namespace
@@ -41,6 +53,6 @@ int main(int argc, char** argv)
         std::cerr << (argc >= 2 ? argv[1] : "") << ": " << error.what() << "\n";
         return 2;
     }
-    std::cerr << "usage: zetsettings_stress crash|contention [--option value]...\n";
+    std::cerr << "usage: zetsettings_stress crash|contention|fault|full-disk|unmade-store|unreadable-key [--option value]...\n";
     return 2;
 }

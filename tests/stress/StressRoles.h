@@ -14,6 +14,16 @@ int contentionDriver(const Options& options);
 int contentionWorker(const Options& options);
 int contentionCheck(const Options& options);
 
+int faultDriver(const Options& options);
+int faultWriter(const Options& options);
+int faultCheck(const Options& options);
+
+int fullDisk(const Options& options);
+int unmadeStore(const Options& options);
+int unmadeStoreCase(const Options& options);
+int unreadableKey(const Options& options);
+int unreadableKeyCase(const Options& options);
+
 }  // namespace zetstress
 
 #endif

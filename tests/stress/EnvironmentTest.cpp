@@ -1,0 +1,337 @@
+// The store where the machine gets in the way: a disk that fills up, a store folder that can't
+// be made, a machine key that the process may not read. Each prints what it saw and exits
+// non-zero on a broken promise; where the machine won't let it set the case up (no mounts in a
+// container, not root) it says so and passes as skipped.
+#include <fcntl.h>
+#include <grp.h>
+#include <sched.h>
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <boost/make_shared.hpp>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <map>
+#include <sstream>
+
+#include "FaultItems.h"
+#include "Forms.h"
+#include "Processes.h"
+#include "StressRoles.h"
+
+namespace zetstress {
+namespace {
+
+namespace fs = std::filesystem;
+
+const uid_t kNobody = 65534;
+const wchar_t kFillKey[] = L"Software\\Orvane\\QXL\\Fill";
+const std::size_t kFillBlob = 64 * 1024;
+
+class Verdict {
+public:
+    explicit Verdict(const char* test) : m_test(test) {}
+    void expect(bool kept, const std::string& promise)
+    {
+        if (!kept) {
+            ++m_broken;
+            std::cerr << m_test << ": " << promise << "\n";
+        }
+    }
+    int exitCode() const { return m_broken == 0 ? 0 : 1; }
+
+private:
+    const char* m_test;
+    int m_broken = 0;
+};
+
+int skipped(const char* test, const std::string& why)
+{
+    std::cout << test << ": skipped: " << why << std::endl;
+    return 0;
+}
+
+fs::path madeFolder(const char* name)
+{
+    std::string pattern = std::string("/tmp/zetsettings-") + name + "-XXXXXX";
+    if (!mkdtemp(&pattern[0]))
+        throw std::runtime_error("mkdtemp failed");
+    chmod(pattern.c_str(), 0755);  // a process of another user must reach the store inside
+    return pattern;
+}
+
+struct RemovedAtEnd {
+    fs::path path;
+    bool mounted = false;
+    ~RemovedAtEnd()
+    {
+        if (mounted)
+            umount2(path.c_str(), MNT_DETACH);
+        std::error_code ignored;
+        fs::remove_all(path, ignored);
+    }
+};
+
+bool becomeNobody()
+{
+    return setgroups(0, nullptr) == 0 && setgid(kNobody) == 0 && setuid(kNobody) == 0;
+}
+
+// Writes every item in the given generation; true when each one reads back so.
+bool writeAll(int generation)
+{
+    bool all = true;
+    for (const Item& item : items()) {
+        item.write(generation);
+        all = item.read() == generation && all;
+    }
+    return all;
+}
+
+std::string statesOfItems()
+{
+    std::ostringstream states;
+    for (const Item& item : items())
+        states << " " << item.name << "=" << nameOfState(item.read());
+    return states.str();
+}
+
+bool allItemsRead(int generation)
+{
+    for (const Item& item : items())
+        if (item.read() != generation)
+            return false;
+    return true;
+}
+
+LONG setFill(HKEY key, int index)
+{
+    const std::string bytes(kFillBlob, static_cast<char>(index));
+    return RegSetValueExW(key, (L"Blob" + std::to_wstring(index)).c_str(), 0, REG_BINARY,
+                          reinterpret_cast<const BYTE*>(bytes.data()), static_cast<DWORD>(bytes.size()));
+}
+
+bool fillIntact(int index)
+{
+    std::string bytes;
+    long status = 0;
+    return readRegistryBinary(kFillKey, L"Blob" + std::to_wstring(index), bytes, status) &&
+           bytes == std::string(kFillBlob, static_cast<char>(index));
+}
+
+// A file that holds `bytes` of the disk in reserve, so that deleting it frees room again.
+bool reserve(const fs::path& path, std::size_t bytes)
+{
+    const int fd = open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
+    const std::string chunk(64 * 1024, 'r');
+    bool written = fd >= 0;
+    for (std::size_t done = 0; written && done < bytes; done += chunk.size())
+        written = write(fd, chunk.data(), chunk.size()) == static_cast<ssize_t>(chunk.size());
+    if (fd >= 0)
+        close(fd);
+    return written;
+}
+
+boost::shared_ptr<std::map<std::wstring, ZETFallbackKeySettings>> largeKeySet()
+{
+    ZETFallbackKeySettings entry;
+    entry.keyText1 = L"large";
+    entry.keyBytes = std::string(256 * 1024, 'k');
+    auto keys = boost::make_shared<std::map<std::wstring, ZETFallbackKeySettings>>();
+    keys->emplace(L"Large", entry);
+    return keys;
+}
+
+// The Windows error with which setFallbackKeySettings refused, or ERROR_SUCCESS.
+DWORD setKeysRefusal(const boost::shared_ptr<std::map<std::wstring, ZETFallbackKeySettings>>& keys)
+{
+    try {
+        ZETSettings::setFallbackKeySettings(keys);
+        return ERROR_SUCCESS;
+    } catch (const JetByteTools::CRegistryKey::Exception& refusal) {
+        return refusal.GetError();
+    }
+}
+
+bool largeKeysStored()
+{
+    const auto keys = ZETSettings::getFallbackKeySettings();
+    return keys && keys->count(L"Large") && (*keys)[L"Large"].keyBytes.size() == 256 * 1024;
+}
+
+// LMDB reports a write that the disk cut short as EIO, one refused outright as ENOSPC.
+bool isDiskError(LONG code)
+{
+    return code == ERROR_DISK_FULL || code == ERROR_REGISTRY_IO_FAILED;
+}
+
+// Fills the disk with values of the store until a write is refused; returns how many fit.
+int fillUntilRefused(HKEY key, LONG& refusal)
+{
+    int index = 0;
+    for (refusal = ERROR_SUCCESS; index < 1000; ++index) {
+        refusal = setFill(key, index);
+        if (refusal != ERROR_SUCCESS)
+            break;
+    }
+    return index;
+}
+
+int fullDiskOn(const fs::path& folder)
+{
+    Verdict verdict("full-disk");
+    setenv("ZET_REGISTRY_DIR", (folder / "store").c_str(), 1);
+    verdict.expect(createEapKey() && writeAll(0), "every item is stored before the disk fills");
+    verdict.expect(reserve(folder / "reserve", 512 * 1024), "the reserve is made");
+
+    HKEY key = nullptr;
+    verdict.expect(RegCreateKeyExW(HKEY_LOCAL_MACHINE, kFillKey, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key,
+                                   nullptr) == ERROR_SUCCESS,
+                   "the key of the filling values is made");
+    LONG refusal = ERROR_SUCCESS;
+    const int filled = fillUntilRefused(key, refusal);
+    std::cout << "full-disk: " << filled << " values of 64 KiB fit, the next was refused with " << refusal << "\n";
+    verdict.expect(isDiskError(refusal), "a write to a full disk is refused with a disk's error");
+    const DWORD keysRefusal = setKeysRefusal(largeKeySet());
+    std::cout << "full-disk: setFallbackKeySettings refused with " << keysRefusal << "\n";
+    verdict.expect(isDiskError(keysRefusal), "setFallbackKeySettings throws a disk's error");
+    auto large = profileForm(L"large#0.0");
+    large->plainBlob = ZETBuf(std::string(256 * 1024, 'p').data(), 256 * 1024);
+    ZETSettings::setNetworkSettings(L"LargeNet", large);
+    const auto stored = ZETSettings::getNetworkSettings(L"LargeNet");
+    verdict.expect(!stored || stored->plainBlob.getSize() != 256 * 1024, "a profile too large for the disk isn't stored");
+    verdict.expect(allItemsRead(0), "every item stored before reads back whole:" + statesOfItems());
+    for (int index = 0; index < filled; ++index)
+        verdict.expect(fillIntact(index), "filling value " + std::to_string(index) + " reads back whole");
+
+    fs::remove(folder / "reserve");
+    verdict.expect(setFill(key, filled) == ERROR_SUCCESS && fillIntact(filled), "with room again, a value is stored");
+    verdict.expect(setKeysRefusal(largeKeySet()) == ERROR_SUCCESS && largeKeysStored(),
+                   "with room again, setFallbackKeySettings stores");
+    verdict.expect(writeAll(1), "with room again, every item is stored:" + statesOfItems());
+    RegCloseKey(key);
+    reportExposure(folder, std::cerr);
+    return verdict.exitCode();
+}
+
+}  // namespace
+
+// The store folder named by ZET_REGISTRY_DIR can't be made: every setter fails in silence (the
+// machine key can't be made beside it either, so even the fallback keys are dropped before the
+// registry could refuse them), nothing is read, nothing is made.
+int unmadeStoreCase(const Options& options)
+{
+    Verdict verdict("unmade-store");
+    if (options.number("as-nobody", 0) && !becomeNobody())
+        return 3;
+    const fs::path store = getenv("ZET_REGISTRY_DIR");
+    HKEY key = nullptr;
+    const LONG created =
+        RegCreateKeyExW(HKEY_LOCAL_MACHINE, L"Software\\Orvane\\QXL", 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr);
+    std::cout << "unmade-store: RegCreateKeyExW gave " << created << "\n";
+    verdict.expect(created != ERROR_SUCCESS, "RegCreateKeyExW fails");
+    for (const Item& item : items()) {
+        try {
+            item.write(0);
+        } catch (const std::exception& error) {
+            verdict.expect(false, std::string(item.name) + " threw " + error.what());
+        }
+        verdict.expect(item.read() < 0, std::string(item.name) + " reads nothing");
+    }
+    std::error_code ignored;
+    verdict.expect(!fs::exists(store, ignored), "no store folder is made");
+    return verdict.exitCode();
+}
+
+namespace {
+
+int runCase(const char* test, const std::vector<std::string>& args)
+{
+    std::string output;
+    const Ending ending = runSelf(args, 30000, output);
+    std::cout << output;
+    if (ending.finished && ending.exitCode == 0)
+        return 0;
+    std::cerr << test << ": the case " << args[0] << " ended "
+              << (ending.finished ? (ending.signal ? "by signal " + std::to_string(ending.signal)
+                                                   : "with " + std::to_string(ending.exitCode))
+                                  : std::string("not in time"))
+              << "\n";
+    return 1;
+}
+
+}  // namespace
+
+int fullDisk(const Options&)
+{
+    // A mount of our own, seen by nobody else and gone with the process.
+    if (unshare(CLONE_NEWNS) != 0 || mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0)
+        return skipped("full-disk", std::string("no private mount namespace: ") + std::strerror(errno));
+    RemovedAtEnd folder{madeFolder("full")};
+    if (mount("zetsettings-full", folder.path.c_str(), "tmpfs", 0, "size=4m,mode=0755") != 0)
+        return skipped("full-disk", std::string("tmpfs can't be mounted: ") + std::strerror(errno));
+    folder.mounted = true;
+    return fullDiskOn(folder.path);
+}
+
+int unmadeStore(const Options&)
+{
+    RemovedAtEnd folder{madeFolder("unmade")};
+    int result = 0;
+    // Under a plain file: no one can make a folder there.
+    std::ofstream((folder.path / "file").string()) << "not a folder";
+    setenv("ZET_REGISTRY_DIR", (folder.path / "file" / "store").c_str(), 1);
+    result |= runCase("unmade-store", {"unmade-store-case"});
+    // Under a folder that only its owner, root, may write: a user without the right.
+    if (geteuid() != 0)
+        return result | skipped("unmade-store", "not root: no other user to act as");
+    fs::create_directory(folder.path / "closed");
+    chmod((folder.path / "closed").c_str(), 0755);
+    setenv("ZET_REGISTRY_DIR", (folder.path / "closed" / "store").c_str(), 1);
+    result |= runCase("unmade-store", {"unmade-store-case", "--as-nobody", "1"});
+    return result;
+}
+
+// A process that may use the store but not read the machine key: it gets no secret, and the
+// rest as stored.
+int unreadableKeyCase(const Options&)
+{
+    Verdict verdict("unreadable-key");
+    if (!becomeNobody())
+        return 3;
+    for (const Item& item : items()) {
+        const int state = item.read();
+        const std::string name = item.name;
+        if (name == "user" || name == "login" || name == "keys")
+            verdict.expect(state == kAbsent, name + " gives nothing, got " + nameOfState(state));
+        else if (name == "profile")
+            verdict.expect(state != 0, "the profile comes without its secret");
+        else
+            verdict.expect(state == 0, name + " reads as stored, got " + nameOfState(state));
+    }
+    return verdict.exitCode();
+}
+
+int unreadableKey(const Options&)
+{
+    if (geteuid() != 0)
+        return skipped("unreadable-key", "not root: no other user to act as");
+    RemovedAtEnd folder{madeFolder("key")};
+    const fs::path store = folder.path / "store";
+    setenv("ZET_REGISTRY_DIR", store.c_str(), 1);
+    Verdict verdict("unreadable-key");
+    verdict.expect(createEapKey() && writeAll(0), "every item is stored");
+    // The store becomes the other user's; the key stays root's, owner-only.
+    for (const auto& entry : fs::recursive_directory_iterator(store))
+        verdict.expect(chown(entry.path().c_str(), kNobody, kNobody) == 0, "the store is handed over");
+    verdict.expect(chown(store.c_str(), kNobody, kNobody) == 0, "the store is handed over");
+    const std::string key = fileBytes(folder.path / "store.key");
+    verdict.expect(runCase("unreadable-key", {"unreadable-key-case"}) == 0, "the other user's reads");
+    verdict.expect(fileBytes(folder.path / "store.key") == key, "the key is left as it was");
+    return verdict.exitCode();
+}
+
+}  // namespace zetstress

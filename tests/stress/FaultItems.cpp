@@ -1,0 +1,380 @@
+#include "FaultItems.h"
+
+#include <sys/stat.h>
+
+#include <boost/make_shared.hpp>
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <map>
+
+#include "Forms.h"
+#include "Processes.h"
+
+namespace zetstress {
+namespace {
+
+namespace fs = std::filesystem;
+
+const wchar_t kDirectKey[] = L"Software\\Orvane\\QXL\\FaultDirect";
+const wchar_t kEapKey[] = L"SYSTEM\\CurrentControlSet\\Services\\RasMan\\PPP\\EAP\\26";
+const wchar_t kNetwork[] = L"FaultNet";
+const wchar_t kUser[] = L"faultuser";
+const wchar_t kOwner[] = L"faultowner";
+const int kAlert = 7;
+
+std::wstring tagOf(const std::wstring& item, int generation)
+{
+    return makeTag(item, static_cast<unsigned long>(generation), 0);
+}
+
+// The generation of a tag of `item`, or kTorn.
+int generationOf(const std::wstring& tag, const std::wstring& item)
+{
+    std::wstring name;
+    TagOrder order;
+    if (!parseTag(tag, name, order) || name != item || order.sequence != 0 || order.incarnation > 1)
+        return kTorn;
+    return static_cast<int>(order.incarnation);
+}
+
+int checked(bool whole, int generation)
+{
+    return whole ? generation : kTorn;
+}
+
+// Bytes of the directly written value: large in generation 1, so that its write grows the map.
+std::string directBlob(int generation)
+{
+    return std::string(generation == 0 ? 16 * 1024 : 160 * 1024, static_cast<char>('A' + generation));
+}
+
+std::wstring passwordOf(int generation)
+{
+    return L"pw-" + std::to_wstring(generation) + L"-Corvid\u00e9-secret";
+}
+
+std::wstring fallbackKeyText(int generation)
+{
+    return L"fallback-key-" + std::to_wstring(generation) + L"-Heron\u00df";
+}
+
+Reported byCode(LONG code)
+{
+    return code == ERROR_SUCCESS ? Reported::Success : Reported::Failure;
+}
+
+LONG writeDirect(int generation)
+{
+    HKEY key = nullptr;
+    LONG code = RegCreateKeyExW(HKEY_LOCAL_MACHINE, kDirectKey, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr);
+    if (code != ERROR_SUCCESS)
+        return code;
+    const std::string bytes = directBlob(generation);
+    code = RegSetValueExW(key, L"Blob", 0, REG_BINARY, reinterpret_cast<const BYTE*>(bytes.data()),
+                          static_cast<DWORD>(bytes.size()));
+    RegCloseKey(key);
+    return code;
+}
+
+int readDirect()
+{
+    std::string bytes;
+    long status = 0;
+    if (!readRegistryBinary(kDirectKey, L"Blob", bytes, status))
+        return status == ERROR_FILE_NOT_FOUND ? kAbsent : kTorn;
+    for (int generation : {0, 1})
+        if (bytes == directBlob(generation))
+            return generation;
+    return kTorn;
+}
+
+int readProfile()
+{
+    const boost::shared_ptr<ZETNetworkSettings> found = ZETSettings::getNetworkSettings(kNetwork);
+    if (!found)
+        return kAbsent;
+    const int generation = generationOf(found->profileText, L"profile");
+    if (generation >= 0 && found->protectedBlob.isEmpty()) {
+        const boost::shared_ptr<ZETNetworkSettings> expected = profileForm(found->profileText);
+        if (!expected->protectedBlob.isEmpty() && found->plainBlob == expected->plainBlob &&
+            found->profileFlag1 == expected->profileFlag1)
+            return kWithoutSecret;
+    }
+    return checked(isProfileForm(*found), generation);
+}
+
+int readUser()
+{
+    const boost::shared_ptr<ZETUserSettings> found = ZETSettings::getUserSettings(kUser);
+    return found ? checked(isUserForm(*found), generationOf(found->userText, L"user")) : kAbsent;
+}
+
+int readLogin()
+{
+    std::wstring user, password;
+    bool enabled = false, keep = false, dependent = false;
+    ZETSettings::getLoginData(user, password, enabled, keep, dependent);
+    if (user.empty() && password.empty())
+        return kAbsent;
+    const int generation = generationOf(user, L"login");
+    return checked(generation >= 0 && password == passwordOf(generation) && enabled && keep && !dependent, generation);
+}
+
+int readKeys()
+{
+    const auto keys = ZETSettings::getFallbackKeySettings();
+    if (!keys || keys->empty())
+        return kAbsent;
+    const auto found = keys->find(L"FaultKey");
+    if (keys->size() != 1 || found == keys->end())
+        return kTorn;
+    for (int generation : {0, 1})
+        if (found->second.keyText1 == fallbackKeyText(generation))
+            return generation;
+    return kTorn;
+}
+
+int readFallback()
+{
+    const auto found = ZETSettings::getFallbackSettings(kOwner, kNetwork);
+    std::wstring tag;
+    if (!found)
+        return kAbsent;
+    // isFallbackForm finds the tag: read it before its generation.
+    const bool whole = isFallbackForm(*found, tag);
+    return checked(whole, generationOf(tag, std::wstring(kOwner) + L"/" + kNetwork));
+}
+
+int readChooser()
+{
+    const auto list = ZETSettings::getChooserPreferredNets();
+    if (!list || list->entries.empty())
+        return kAbsent;
+    const std::wstring first = list->entries.front().netName;
+    for (int generation : {0, 1}) {
+        const auto written = listForm(L"list" + std::to_wstring(generation) + L"-", 4, 1);
+        if (first == written->entries.front().netName)
+            return checked(listFault(*list).empty() && list->entries.size() == 4, generation);
+    }
+    return kTorn;
+}
+
+// Generation 0 disables the alert, generation 1 enables it. Read below the library: an alert
+// that the library can't read counts as enabled there, which would pass for generation 1.
+int readAlert()
+{
+    std::string bytes;
+    long status = 0;
+    if (!readRegistryBinary(kSettingsKey, kAlertValue, bytes, status))
+        return kAbsent;
+    ZETAlertSettings stored;
+    if (!isWholeForm(bytes, stored))
+        return kTorn;
+    const auto found = stored.states.find(TSerVar<unsigned int>(kAlert));
+    if (found == stored.states.end())
+        return kAbsent;
+    return found->second.value == 1 ? 1 : (found->second.value == 0 ? 0 : kTorn);
+}
+
+int readNumber()
+{
+    const int value = ZETSettings::intGetNetlibValue(L"FaultNumber", -1);
+    return value == 1000 || value == 1001 ? value - 1000 : (value == -1 ? kAbsent : kTorn);
+}
+
+int readText()
+{
+    const std::wstring text = ZETSettings::strGetGuiHelperValue(L"FaultText", L"");
+    return text.empty() ? kAbsent : generationOf(text, L"text");
+}
+
+int readEap()
+{
+    std::wstring text;
+    if (ZETSettings::strGetRasmanEapSettings(L"FaultEap", text) != ERROR_SUCCESS)
+        return kAbsent;
+    return generationOf(text, L"eap");
+}
+
+std::string utf16(const std::wstring& text)
+{
+    std::string bytes;
+    for (wchar_t c : text) {
+        bytes += static_cast<char>(c & 0xFF);
+        bytes += static_cast<char>((c >> 8) & 0xFF);
+    }
+    return bytes;
+}
+
+// The plain texts that only ever reach the store encrypted.
+std::vector<std::wstring> secrets()
+{
+    std::vector<std::wstring> texts;
+    for (int g : {0, 1})
+        texts.insert(texts.end(), {tagOf(L"user", g), tagOf(L"login", g), passwordOf(g), fallbackKeyText(g)});
+    return texts;
+}
+
+std::vector<std::string> secretBytes()
+{
+    std::vector<std::string> forms;
+    for (const std::wstring& text : secrets()) {
+        forms.push_back(utf16(text));
+        forms.push_back(narrow(text));
+    }
+    for (int g : {0, 1}) {  // the profile's protected member, where long enough to be told apart
+        const std::string bytes = profileForm(tagOf(L"profile", g))->protectedBlob.bytes();
+        if (bytes.size() >= 12)
+            forms.push_back(bytes);
+    }
+    return forms;
+}
+
+}  // namespace
+
+const std::vector<Item>& items()
+{
+    static const std::vector<Item> all = {
+        {"direct",
+         [](int g) {
+             const LONG code = writeDirect(g);
+             std::cout << "code " << code << std::endl;  // which error a caller of the registry sees
+             return byCode(code);
+         },
+         readDirect},
+        {"profile",
+         [](int g) {
+             ZETSettings::setNetworkSettings(kNetwork, profileForm(tagOf(L"profile", g)));
+             return Reported::Silent;
+         },
+         readProfile},
+        {"user",
+         [](int g) {
+             ZETSettings::setUserSettings(kUser, userForm(tagOf(L"user", g)));
+             return Reported::Silent;
+         },
+         readUser},
+        {"login",
+         [](int g) {
+             ZETSettings::setLoginData(tagOf(L"login", g), passwordOf(g), true, true, false);
+             return Reported::Silent;
+         },
+         readLogin},
+        {"keys",
+         [](int g) {
+             ZETFallbackKeySettings entry;
+             entry.keyText1 = fallbackKeyText(g);
+             entry.keyText2 = L"second";
+             auto keys = boost::make_shared<std::map<std::wstring, ZETFallbackKeySettings>>();
+             keys->emplace(L"FaultKey", entry);
+             // Only a refusal of the registry is thrown: a set that could not be encrypted is
+             // dropped in silence.
+             try {
+                 ZETSettings::setFallbackKeySettings(keys);
+                 return Reported::Silent;
+             } catch (const JetByteTools::CRegistryKey::Exception&) {
+                 return Reported::Failure;
+             }
+         },
+         readKeys},
+        {"fallback",
+         [](int g) {
+             const std::wstring tag = tagOf(std::wstring(kOwner) + L"/" + kNetwork, g);
+             ZETSettings::setFallbackSettings(fallbackForm(kOwner, kNetwork, tag));
+             return Reported::Silent;
+         },
+         readFallback},
+        {"chooser",
+         [](int g) {
+             ZETSettings::updateChooserPreferredNets(listForm(L"list" + std::to_wstring(g) + L"-", 4, 1));
+             return Reported::Silent;
+         },
+         readChooser},
+        {"alert",
+         [](int g) {
+             ZETSettings::updateAlertNotificationState(kAlert, g == 1);
+             return Reported::Silent;
+         },
+         readAlert},
+        {"number",
+         [](int g) {
+             ZETSettings::intSetNetlibValue(L"FaultNumber", 1000 + g);
+             return Reported::Silent;
+         },
+         readNumber},
+        {"text",
+         [](int g) {
+             ZETSettings::strSetGuiHelperValue(L"FaultText", tagOf(L"text", g));
+             return Reported::Silent;
+         },
+         readText},
+        {"eap", [](int g) { return byCode(ZETSettings::strSetRasmanEapSettings(L"FaultEap", tagOf(L"eap", g))); },
+         readEap},
+    };
+    return all;
+}
+
+
+std::string nameOfState(int state)
+{
+    switch (state) {
+    case kAbsent:
+        return "absent";
+    case kTorn:
+        return "torn";
+    case kWithoutSecret:
+        return "without-secret";
+    default:
+        return std::to_string(state);
+    }
+}
+
+
+bool createEapKey()
+{
+    HKEY eap = nullptr;
+    if (RegCreateKeyExW(HKEY_LOCAL_MACHINE, kEapKey, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &eap, nullptr) !=
+        ERROR_SUCCESS)
+        return false;
+    RegCloseKey(eap);
+    return true;
+}
+
+bool furtherWriteSucceeds()
+{
+    const bool direct = writeDirect(1) == ERROR_SUCCESS && readDirect() == 1;
+    ZETSettings::setNetworkSettings(kNetwork, profileForm(tagOf(L"profile", 1)));
+    return direct && readProfile() == 1;
+}
+
+std::string fileBytes(const fs::path& path)
+{
+    std::ifstream in(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
+
+void reportExposure(const fs::path& folder, std::ostream& out)
+{
+    const std::vector<std::string> forms = secretBytes();
+    for (const auto& entry : fs::recursive_directory_iterator(folder)) {
+        struct stat info;
+        if (lstat(entry.path().c_str(), &info) != 0)
+            continue;
+        const bool isKey = entry.path().extension() == ".key";
+        if (info.st_mode & S_IWOTH)
+            out << "violation others may write " << entry.path().string() << "\n";
+        if (entry.path().filename().string().find(".key.new-") != std::string::npos)
+            out << "violation a key candidate left behind: " << entry.path().filename().string() << "\n";
+        if (isKey && (info.st_mode & 07777) != 0600)
+            out << "violation key mode " << std::oct << (info.st_mode & 07777) << std::dec << "\n";
+        if (!S_ISREG(info.st_mode) || isKey)
+            continue;
+        const std::string bytes = fileBytes(entry.path());
+        for (const std::string& form : forms)
+            if (bytes.find(form) != std::string::npos)
+                out << "violation a secret in the clear in " << entry.path().filename().string() << "\n";
+    }
+}
+
+}  // namespace zetstress
