@@ -8,6 +8,10 @@ packages=(
   liblmdb-dev libsodium-dev libboost-dev
   libgtest-dev googletest libbenchmark-dev
 )
+if [ "${1:-}" = "--bench" ] || [ "${1:-}" = "--all" ]; then
+  # scripts/bench.sh: the Wine build and run, and the plot of docs/performance.png.
+  packages+=(g++-mingw-w64-x86-64 wine64 wine python3-matplotlib)
+fi
 if [ "${1:-}" = "--all" ]; then
   # The Windows build and its run under Wine, and the fuzzers.
   packages+=(g++-mingw-w64-x86-64 wine64 wine clang libclang-rt-14-dev)
