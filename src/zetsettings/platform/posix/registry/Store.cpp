@@ -254,17 +254,23 @@ void Store::refuseIfClosed() const
         throw StoreFailure(ERROR_REGISTRY_IO_FAILED);
 }
 
+// A transaction's hold of the map; none is given on a closed store.
+void Store::lockMapUnlessClosed()
+{
+    m_mapLock.lockShared();
+    if (m_closed) {
+        m_mapLock.unlockShared();
+        refuseIfClosed();
+    }
+}
+
 // ---- transactions --------------------------------------------------------------------------
 
 ReadTransaction::ReadTransaction(Store& store) : m_store(store)
 {
     bool readersChecked = false;
     for (;;) {
-        m_store.m_mapLock.lockShared();
-        if (m_store.m_closed) {
-            m_store.m_mapLock.unlockShared();
-            m_store.refuseIfClosed();
-        }
+        m_store.lockMapUnlessClosed();
         const int rc = m_store.startReader(m_txn);
         if (rc == MDB_SUCCESS)
             break;
@@ -304,11 +310,7 @@ bool ReadTransaction::stillValid() const
 WriteTransaction::WriteTransaction(Store& store) : m_store(store), m_turn(*store.m_writerLock)
 {
     for (;;) {
-        m_store.m_mapLock.lockShared();
-        if (m_store.m_closed) {
-            m_store.m_mapLock.unlockShared();
-            m_store.refuseIfClosed();
-        }
+        m_store.lockMapUnlessClosed();
         const int rc = mdb_txn_begin(m_store.m_env, nullptr, 0, &m_txn);
         if (rc == MDB_SUCCESS)
             return;

@@ -97,6 +97,7 @@ private:
     void remap(size_t size);
     void closeAfterLostMap();
     void refuseIfClosed() const;
+    void lockMapUnlessClosed();
     // A read-only process retries a snapshot that writers overtook; past this, it gives up.
     static const unsigned kSnapshotAttempts = 1000;
 
