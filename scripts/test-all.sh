@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Every test on a fresh Debian machine: install, then the native suite, the same suite
 # cross-built with MinGW-w64 under Wine, the native suite again under the sanitizers, the
-# crash and contention tests, and the fuzzers for a bounded time.
+# crash, contention and fault tests, and the fuzzers for a bounded time.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
