@@ -78,6 +78,33 @@ ZET_CHILD_SCENARIO(registry_rewrite_rounds)
     }
 }
 
+const wchar_t kRemadeKey[] = L"Software\\ZetRegistryTests\\Shared\\Remade";
+
+// args: "delete", or "remake" and the number to store in the new key's value Number.
+ZET_CHILD_SCENARIO(registry_remake_key)
+{
+    LONG status = RegDeleteTreeW(HKEY_LOCAL_MACHINE, kRemadeKey);
+    if (status != ERROR_SUCCESS)
+        return failed("delete", status);
+    if (args.at(0) == "delete")
+        return 0;
+    ScopedKey key;
+    status = createKey(HKEY_LOCAL_MACHINE, kRemadeKey, key);
+    if (status == ERROR_SUCCESS)
+        status = setDword(key.get(), L"Number", static_cast<DWORD>(std::stoul(args.at(1))));
+    return status == ERROR_SUCCESS ? 0 : failed("remake", status);
+}
+
+DWORD numberInRemadeKey(LONG& status)
+{
+    ScopedKey key;
+    DWORD number = 0;
+    status = openKey(HKEY_LOCAL_MACHINE, kRemadeKey, key, KEY_READ);
+    if (status == ERROR_SUCCESS)
+        status = getDword(key.get(), L"Number", number);
+    return number;
+}
+
 DWORD completedRounds()
 {
     ScopedKey key;
@@ -128,6 +155,26 @@ TEST_F(RegistryProcesses, WritersInSeveralProcessesLoseNothingAndTheirValuesOutl
             EXPECT_EQ(static_cast<DWORD>(n), value);
         }
     }
+}
+
+// A process that keeps opening one path must follow the key the path names now, whatever another
+// process did to it in between.
+TEST_F(RegistryProcesses, APathOpenedAgainFindsTheKeyThatAnotherProcessRemadeOrDeleted)
+{
+    {
+        ScopedKey key;
+        ASSERT_EQ(ERROR_SUCCESS, createKey(HKEY_LOCAL_MACHINE, kRemadeKey, key));
+        ASSERT_EQ(ERROR_SUCCESS, setDword(key.get(), L"Number", 1));
+    }
+    LONG status = ERROR_SUCCESS;
+    for (int again = 0; again < 2; ++again)
+        ASSERT_EQ(1u, numberInRemadeKey(status));
+    EXPECT_EQ(0, ChildProcess("registry_remake_key", {"remake", "2"}).wait());
+    EXPECT_EQ(2u, numberInRemadeKey(status));
+    EXPECT_EQ(ERROR_SUCCESS, status);
+    EXPECT_EQ(0, ChildProcess("registry_remake_key", {"delete"}).wait());
+    numberInRemadeKey(status);
+    EXPECT_EQ(ERROR_FILE_NOT_FOUND, status);
 }
 
 TEST_F(RegistryProcesses, AWriterKilledAtAnyInstantLeavesEveryValueOldOrNew)

@@ -11,6 +11,7 @@
 #include "zetsettings/platform/posix/registry/KeyAccess.h"
 #include "zetsettings/platform/posix/registry/KeyClock.h"
 #include "zetsettings/platform/posix/registry/KeyPath.h"
+#include "zetsettings/platform/posix/registry/PathCache.h"
 #include "zetsettings/platform/posix/registry/RegistryTree.h"
 #include "zetsettings/platform/posix/registry/StoreSchema.h"
 #include "zetsettings/platform/posix/registry/ValueOutput.h"
@@ -84,8 +85,13 @@ LONG resolveWithPath(HKEY hKey, LPCWSTR subKey, KeyReference& key, KeyPath& path
 
 LONG findPath(const KeyReference& base, const KeyPath& path, uint64_t& id)
 {
+    if (PathCache::find(*base.store, base.id, path.folded(), id))
+        return ERROR_SUCCESS;
     return base.store->read([&](ReadTransaction& snapshot) {
-        return RegistryTree(snapshot.txn(), snapshot.dbi()).openPath(base.id, path, id);
+        const LONG status = RegistryTree(snapshot.txn(), snapshot.dbi()).openPath(base.id, path, id);
+        if (status == ERROR_SUCCESS)
+            PathCache::remember(*base.store, base.id, path.folded(), id, snapshot.snapshotId());
+        return status;
     });
 }
 

@@ -23,6 +23,12 @@ const size_t kDefaultInitialMap = size_t(16) << 20;
 const size_t kMinimumMap = size_t(64) << 10;
 const size_t kMaximumMap = sizeof(size_t) > 4 ? size_t(1) << 40 : size_t(1) << 30;
 
+uint64_t nextSerial()
+{
+    static std::atomic<uint64_t> last{0};
+    return ++last;
+}
+
 size_t initialMapSize()
 {
     const char* configured = getenv("ZET_REGISTRY_INITIAL_MAP");
@@ -56,7 +62,8 @@ void makeReadableByAll(const std::string& directory)
 
 }  // namespace
 
-Store::Store(const std::string& directory) : m_directory(directory), m_owner(ThisProcess::id())
+Store::Store(const std::string& directory)
+    : m_directory(directory), m_serial(nextSerial()), m_owner(ThisProcess::id())
 {
 }
 
@@ -255,6 +262,15 @@ void Store::refuseIfClosed() const
 }
 
 // A transaction's hold of the map; none is given on a closed store.
+uint64_t Store::lastCommitted()
+{
+    lockMapUnlessClosed();
+    MDB_envinfo info;
+    mdb_env_info(m_env, &info);
+    m_mapLock.unlockShared();
+    return info.me_last_txnid;
+}
+
 void Store::lockMapUnlessClosed()
 {
     m_mapLock.lockShared();

@@ -31,6 +31,7 @@
 #include <sys/types.h>
 
 #include <atomic>
+#include <cstdint>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -65,6 +66,12 @@ public:
     // True once a failed remap has left LMDB without its map: the environment is closed, every
     // transaction is refused, and the catalog opens the store afresh.
     bool closed() const { return m_closed; }
+    // Tells this object from every other Store of the process, including later ones at the
+    // same address.
+    uint64_t serial() const { return m_serial; }
+    // The id of the last transaction committed to the store by any process: what a snapshot
+    // taken now would have. Throws StoreFailure when the store is closed.
+    uint64_t lastCommitted();
 
     // Runs body(ReadTransaction&) on a snapshot and returns its result.
     template <class Body>
@@ -102,6 +109,7 @@ private:
     static const unsigned kSnapshotAttempts = 1000;
 
     std::string m_directory;
+    const uint64_t m_serial;
     pid_t m_owner;
     bool m_writable = true;
     MDB_env* m_env = nullptr;
