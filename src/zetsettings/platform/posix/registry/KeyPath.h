@@ -32,9 +32,6 @@ public:
 
     size_t size() const { return m_components.size(); }
     bool empty() const { return m_components.empty(); }
-    // The whole path folded to upper case, separators as given: equal for spellings that
-    // differ only in case.
-    std::u16string_view folded() const { return m_folded; }
     // Valid while the path lives and is not parsed again.
     NameView component(size_t index) const;
 

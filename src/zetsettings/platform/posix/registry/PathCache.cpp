@@ -1,6 +1,7 @@
 #include "zetsettings/platform/posix/registry/PathCache.h"
 
 #include <string>
+#include <string_view>
 
 #include "zetsettings/platform/posix/registry/Store.h"
 
@@ -13,8 +14,8 @@ struct Entry {
     uint64_t store = 0;  // Store::serial(); 0 marks an unused entry
     uint64_t parent = 0;
     uint64_t snapshot = 0;
-    uint64_t id = 0;
-    std::u16string path;  // reused in place, so a warm thread allocates nothing
+    PathCache::Found found;
+    std::wstring text;  // reused in place, so a warm thread allocates nothing
 };
 
 // A caller opens a handful of distinct keys in a row; a few entries cover them.
@@ -27,39 +28,44 @@ struct ThreadCache {
 
 thread_local ThreadCache t_cache;
 
-Entry* lookup(uint64_t store, uint64_t parent, std::u16string_view path)
+std::wstring_view textOf(const WCHAR* text)
+{
+    return text ? std::wstring_view(text) : std::wstring_view();
+}
+
+Entry* lookup(uint64_t store, uint64_t parent, std::wstring_view text)
 {
     for (Entry& entry : t_cache.entries)
-        if (entry.store == store && entry.parent == parent && entry.path == path)
+        if (entry.store == store && entry.parent == parent && entry.text == text)
             return &entry;
     return nullptr;
 }
 
 }  // namespace
 
-bool PathCache::find(Store& store, uint64_t parent, std::u16string_view foldedPath, uint64_t& id)
+bool PathCache::find(Store& store, uint64_t parent, const WCHAR* text, Found& found)
 {
-    const Entry* entry = lookup(store.serial(), parent, foldedPath);
+    const Entry* entry = lookup(store.serial(), parent, textOf(text));
     if (!entry || entry->snapshot != store.lastCommitted())
         return false;
-    id = entry->id;
+    found = entry->found;
     return true;
 }
 
-void PathCache::remember(const Store& store, uint64_t parent, std::u16string_view foldedPath, uint64_t id,
+void PathCache::remember(const Store& store, uint64_t parent, const WCHAR* text, const Found& found,
                          uint64_t snapshotId)
 {
-    Entry* entry = lookup(store.serial(), parent, foldedPath);
+    Entry* entry = lookup(store.serial(), parent, textOf(text));
     if (!entry) {
         entry = &t_cache.entries[t_cache.next];
         t_cache.next = (t_cache.next + 1) % kEntries;
         entry->store = 0;  // unused until complete, should the copy fail
-        entry->path.assign(foldedPath);
+        entry->text.assign(textOf(text));
         entry->parent = parent;
         entry->store = store.serial();
     }
     entry->snapshot = snapshotId;
-    entry->id = id;
+    entry->found = found;
 }
 
 }  // namespace registry

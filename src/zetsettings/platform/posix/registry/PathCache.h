@@ -8,14 +8,16 @@
 // hit gives exactly what a walk in a fresh snapshot would give, and nothing is ever
 // invalidated by hand.
 //
-// Paths are compared by their folded text, so differently cased spellings of a path share an
-// entry; spellings that differ only in their separators just miss. Per thread: no lock, and a
-// fork's child can't meet its parent's stores (each Store has a serial of its own).
+// Paths are compared as the caller spelled them, before they are parsed: a hit spares the parse
+// too, and the same text always parses the same way. Another spelling of the same key just
+// misses. Per thread: no lock, and a fork's child can't meet its parent's stores (each Store
+// has a serial of its own).
 #ifndef ZETSETTINGS_PLATFORM_POSIX_REGISTRY_PATHCACHE_H
 #define ZETSETTINGS_PLATFORM_POSIX_REGISTRY_PATHCACHE_H
 
 #include <cstdint>
-#include <string_view>
+
+#include "zetsettings/platform/posix/Win32Portable.h"
 
 namespace zet {
 namespace portable {
@@ -25,11 +27,16 @@ class Store;
 
 class PathCache {
 public:
-    // The id that `foldedPath` below `parent` led to, if this thread walked it in the state
-    // that `store` is in now. Throws StoreFailure when the store is closed.
-    static bool find(Store& store, uint64_t parent, std::u16string_view foldedPath, uint64_t& id);
+    struct Found {
+        uint64_t id = 0;
+        bool emptyPath = false;  // the text named no subkey: the key is the parent itself
+    };
+
+    // Where the subkey path `text` (null for none) below `parent` led, if this thread walked
+    // it in the state that `store` is in now. Throws StoreFailure when the store is closed.
+    static bool find(Store& store, uint64_t parent, const WCHAR* text, Found& found);
     // What a walk found in the snapshot `snapshotId`.
-    static void remember(const Store& store, uint64_t parent, std::u16string_view foldedPath, uint64_t id,
+    static void remember(const Store& store, uint64_t parent, const WCHAR* text, const Found& found,
                          uint64_t snapshotId);
 };
 

@@ -83,36 +83,60 @@ LONG resolveWithPath(HKEY hKey, LPCWSTR subKey, KeyReference& key, KeyPath& path
     return KeyPath::parse(subKey, hKey == HKEY_CLASSES_ROOT, path);
 }
 
-LONG findPath(const KeyReference& base, const KeyPath& path, uint64_t& id)
-{
-    if (PathCache::find(*base.store, base.id, path.folded(), id))
-        return ERROR_SUCCESS;
-    return base.store->read([&](ReadTransaction& snapshot) {
-        const LONG status = RegistryTree(snapshot.txn(), snapshot.dbi()).openPath(base.id, path, id);
-        if (status == ERROR_SUCCESS)
-            PathCache::remember(*base.store, base.id, path.folded(), id, snapshot.snapshotId());
-        return status;
-    });
-}
+// The key that a subkey path names below an open key, as the open and create calls look it up:
+// the path is parsed and walked only when this thread hasn't found it in the store's current
+// state already.
+struct SubkeyLookup {
+    KeyReference base;
+    KeyPath path;  // parsed only when not remembered
+    PathCache::Found found;
+    bool remembered = false;
+
+    LONG start(HKEY hKey, LPCWSTR subKey)
+    {
+        const LONG resolved = KeyAccess::resolve(hKey, base);
+        if (resolved != ERROR_SUCCESS)
+            return resolved;
+        remembered = PathCache::find(*base.store, base.id, subKey, found);
+        if (remembered)
+            return ERROR_SUCCESS;
+        const LONG parsed = KeyPath::parse(subKey, hKey == HKEY_CLASSES_ROOT, path);
+        found.emptyPath = path.empty();
+        return parsed;
+    }
+
+    LONG walk(LPCWSTR subKey)
+    {
+        if (remembered)
+            return ERROR_SUCCESS;
+        return base.store->read([&](ReadTransaction& snapshot) {
+            const LONG status = RegistryTree(snapshot.txn(), snapshot.dbi()).openPath(base.id, path, found.id);
+            if (status == ERROR_SUCCESS)
+                PathCache::remember(*base.store, base.id, subKey, found, snapshot.snapshotId());
+            return status;
+        });
+    }
+
+    // A predefined root opened as itself is handed back as it came.
+    bool namesRoot() const { return base.isRoot() && found.emptyPath; }
+};
 
 LONG openKey(HKEY hKey, LPCWSTR subKey, REGSAM desired, PHKEY result)
 {
     if (!result)
         return ERROR_INVALID_PARAMETER;
     *result = nullptr;
-    KeyReference base;
-    KeyPath path;
-    LONG status = resolveWithPath(hKey, subKey, base, path);
+    SubkeyLookup key;
+    LONG status = key.start(hKey, subKey);
     if (status != ERROR_SUCCESS)
         return status;
-    const REGSAM access = KeyAccess::normalize(desired, base.store->writable());
-    if (KeyAccess::asksToWrite(access) && !base.store->writable())
+    const REGSAM access = KeyAccess::normalize(desired, key.base.store->writable());
+    if (KeyAccess::asksToWrite(access) && !key.base.store->writable())
         return ERROR_ACCESS_DENIED;
-    uint64_t id = 0;
-    status = findPath(base, path, id);
+    status = key.walk(subKey);
     if (status != ERROR_SUCCESS)
         return status;
-    *result = (base.isRoot() && path.empty()) ? hKey : handOut(base, id, access);
+    *result = key.namesRoot() ? hKey : handOut(key.base, key.found.id, access);
     return ERROR_SUCCESS;
 }
 
@@ -123,26 +147,25 @@ LONG createKey(HKEY hKey, LPCWSTR subKey, DWORD options, REGSAM desired, PHKEY r
     *result = nullptr;
     if (options & ~kOpenLinkOption)
         return ERROR_NOT_SUPPORTED;  // volatile keys and backup semantics are not offered
-    KeyReference base;
-    KeyPath path;
-    LONG status = resolveWithPath(hKey, subKey, base, path);
+    SubkeyLookup key;
+    LONG status = key.start(hKey, subKey);
     if (status != ERROR_SUCCESS)
         return status;
-    const REGSAM access = KeyAccess::normalize(desired, base.store->writable());
-    if (KeyAccess::asksToWrite(access) && !base.store->writable())
+    const REGSAM access = KeyAccess::normalize(desired, key.base.store->writable());
+    if (KeyAccess::asksToWrite(access) && !key.base.store->writable())
         return ERROR_ACCESS_DENIED;
-    uint64_t id = 0;
     bool created = false;
     // Most calls find the key there already: that takes no write transaction.
-    status = findPath(base, path, id);
+    status = key.walk(subKey);
     if (status == ERROR_FILE_NOT_FOUND) {
-        status = base.store->write([&](WriteTransaction& transaction) {
-            return RegistryTree(transaction.txn(), transaction.dbi()).createPath(base.id, path, id, created);
+        status = key.base.store->write([&](WriteTransaction& transaction) {
+            return RegistryTree(transaction.txn(), transaction.dbi())
+                .createPath(key.base.id, key.path, key.found.id, created);
         });
     }
     if (status != ERROR_SUCCESS)
         return status;
-    *result = (base.isRoot() && path.empty()) ? hKey : handOut(base, id, access);
+    *result = key.namesRoot() ? hKey : handOut(key.base, key.found.id, access);
     if (disposition)
         *disposition = created ? REG_CREATED_NEW_KEY : REG_OPENED_EXISTING_KEY;
     return ERROR_SUCCESS;
