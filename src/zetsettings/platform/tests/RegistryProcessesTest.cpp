@@ -95,6 +95,17 @@ ZET_CHILD_SCENARIO(registry_remake_key)
     return status == ERROR_SUCCESS ? 0 : failed("remake", status);
 }
 
+// args: "set" and a number, or "delete": what to do to the value Number of the remade key.
+ZET_CHILD_SCENARIO(registry_change_number)
+{
+    ScopedKey key;
+    LONG status = openKey(HKEY_LOCAL_MACHINE, kRemadeKey, key);
+    if (status == ERROR_SUCCESS)
+        status = args.at(0) == "delete" ? RegDeleteValueW(key.get(), L"Number")
+                                        : setDword(key.get(), L"Number", static_cast<DWORD>(std::stoul(args.at(1))));
+    return status == ERROR_SUCCESS ? 0 : failed("change", status);
+}
+
 DWORD numberInRemadeKey(LONG& status)
 {
     ScopedKey key;
@@ -175,6 +186,32 @@ TEST_F(RegistryProcesses, APathOpenedAgainFindsTheKeyThatAnotherProcessRemadeOrD
     EXPECT_EQ(0, ChildProcess("registry_remake_key", {"delete"}).wait());
     numberInRemadeKey(status);
     EXPECT_EQ(ERROR_FILE_NOT_FOUND, status);
+}
+
+// Reading a value again, by name or right after enumerating it, must give what another process
+// wrote or deleted in between.
+TEST_F(RegistryProcesses, AValueReadAgainIsWhatAnotherProcessLeftThere)
+{
+    ScopedKey key;
+    ASSERT_EQ(ERROR_SUCCESS, createKey(HKEY_LOCAL_MACHINE, kRemadeKey, key));
+    ASSERT_EQ(ERROR_SUCCESS, setDword(key.get(), L"Number", 1));
+    DWORD number = 0;
+    for (int again = 0; again < 2; ++again) {
+        ASSERT_EQ(ERROR_SUCCESS, getDword(key.get(), L"NUMBER", number));
+        ASSERT_EQ(1u, number);
+    }
+    EXPECT_EQ(0, ChildProcess("registry_change_number", {"set", "2"}).wait());
+    EXPECT_EQ(ERROR_SUCCESS, getDword(key.get(), L"Number", number));
+    EXPECT_EQ(2u, number);
+
+    WCHAR name[16];
+    DWORD units = 16;
+    ASSERT_EQ(ERROR_SUCCESS, RegEnumValueW(key.get(), 0, name, &units, nullptr, nullptr, nullptr, nullptr));
+    EXPECT_EQ(0, ChildProcess("registry_change_number", {"set", "3"}).wait());
+    EXPECT_EQ(ERROR_SUCCESS, getDword(key.get(), name, number));
+    EXPECT_EQ(3u, number);
+    EXPECT_EQ(0, ChildProcess("registry_change_number", {"delete"}).wait());
+    EXPECT_EQ(ERROR_FILE_NOT_FOUND, getDword(key.get(), name, number));
 }
 
 TEST_F(RegistryProcesses, AWriterKilledAtAnyInstantLeavesEveryValueOldOrNew)

@@ -14,6 +14,7 @@
 #include "zetsettings/platform/posix/registry/PathCache.h"
 #include "zetsettings/platform/posix/registry/RegistryTree.h"
 #include "zetsettings/platform/posix/registry/StoreSchema.h"
+#include "zetsettings/platform/posix/registry/ValueMemo.h"
 #include "zetsettings/platform/posix/registry/ValueOutput.h"
 
 using namespace zet::portable::registry;
@@ -194,13 +195,18 @@ LONG queryValue(HKEY hKey, LPCWSTR valueName, LPDWORD reserved, LPDWORD type, LP
     if (!key.allows(KEY_QUERY_VALUE))
         return ERROR_ACCESS_DENIED;
     const FoldedValueName folded(valueName);
+    ValueRecordView remembered;
+    if (ValueMemo::find(*key.store, key.id, folded.view(), remembered))
+        return ValueOutput::deliver(remembered, type, data, size);
     const InOutCount capacity(size);
     return key.store->read([&](ReadTransaction& snapshot) -> LONG {
         capacity.restore();
         RegistryTree tree(snapshot.txn(), snapshot.dbi());
-        ValueRecordView value;
-        if (!tree.findValue(key.id, folded.view(), value))
+        MDB_val record;
+        if (!tree.findValueRecord(key.id, folded.view(), record))
             return missingValueOrKey(tree, key.id, ERROR_FILE_NOT_FOUND);
+        const ValueRecordView value = ValueRecordView::parse(record);
+        ValueMemo::remember(*key.store, key.id, folded.view(), record, snapshot.snapshotId());
         return ValueOutput::deliver(value, type, data, size);
     });
 }
@@ -318,6 +324,7 @@ LONG enumValue(HKEY hKey, DWORD index, LPWSTR name, LPDWORD nameUnits, LPDWORD r
         if (!values.at(index, position.get(), record))
             return missingValueOrKey(tree, key.id, ERROR_NO_MORE_ITEMS);
         const ValueRecordView value = ValueRecordView::parse(record);
+        ValueMemo::remember(*key.store, key.id, record, snapshot.snapshotId());
         const LONG result = ValueOutput::deliverName(value.named, name, nameUnits);
         if (result != ERROR_SUCCESS)
             return result;

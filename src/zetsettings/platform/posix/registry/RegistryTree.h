@@ -38,6 +38,8 @@ public:
     void deleteTree(uint64_t id, bool keepKey);
 
     bool findValue(uint64_t key, std::u16string_view folded, ValueRecordView& value) const;
+    // The same, giving the stored record itself.
+    bool findValueRecord(uint64_t key, std::u16string_view folded, MDB_val& record) const;
     // The key must exist.
     void setValue(uint64_t key, const RegistryName& name, uint32_t type, const std::string& data);
     bool deleteValue(uint64_t key, std::u16string_view folded);

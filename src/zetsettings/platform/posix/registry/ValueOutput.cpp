@@ -65,19 +65,18 @@ LONG ValueOutput::deliver(const ValueRecordView& value, LPDWORD type, LPBYTE dat
     return ERROR_SUCCESS;
 }
 
+// Names are read from the stored bytes in place: enumeration hands out one per call.
 size_t ValueOutput::nameUnits(const NamedRecordView& record)
 {
-    const std::u16string name = record.name();
-    return WideText::callerUnits(name.data(), name.size());
+    return WideText::storedToCallerBytes(record.nameBytes, 2 * record.nameUnits) / sizeof(WCHAR);
 }
 
 LONG ValueOutput::deliverName(const NamedRecordView& record, LPWSTR name, LPDWORD units)
 {
-    const std::u16string text = record.name();
-    const size_t length = WideText::callerUnits(text.data(), text.size());
+    const size_t length = nameUnits(record);
     if (length >= *units)
         return ERROR_MORE_DATA;
-    WideText::toCaller(text.data(), text.size(), name);
+    WideText::storedToCaller(record.nameBytes, 2 * record.nameUnits, reinterpret_cast<BYTE*>(name));
     name[length] = 0;
     *units = static_cast<DWORD>(length);
     return ERROR_SUCCESS;
