@@ -19,6 +19,7 @@
 #include "support/ChildProcess.h"
 #include "support/ChildScenario.h"
 #include "support/TestRegistry.h"
+#include "zetsettings/platform/posix/StoreLocation.h"
 #include "zetsettings/platform/posix/Win32Portable.h"
 #include "zetsettings/platform/posix/registry/CaseFolding.h"
 #include "zetsettings/platform/posix/registry/HandleTable.h"
@@ -138,6 +139,37 @@ int descriptorsOn(const std::string& path)
         count += length > 0 && std::string(target, length) == path;
     }
     return count;
+}
+
+// The store directory is remembered between calls: every way of changing the environment must
+// still be seen by the next call.
+TEST_F(PortableStore, TheStoreDirectoryFollowsEveryChangeOfTheEnvironment)
+{
+    const std::string defaultDirectory = "/var/lib/zetsettings";
+    auto current = [] { return std::string(storeDirectoryName()); };
+    EXPECT_EQ(registry.storeDirectory(), current());
+    ASSERT_EQ(0, setenv("ZET_REGISTRY_DIR", "/nowhere/one", 1));
+    EXPECT_EQ("/nowhere/one", current());
+    for (int i = 0; i < 64; ++i)  // grows, and so moves, the array
+        ASSERT_EQ(0, setenv(("ZET_TEST_FILLER_" + std::to_string(i)).c_str(), "x", 1));
+    ASSERT_EQ(0, unsetenv("ZET_TEST_FILLER_0"));
+    EXPECT_EQ("/nowhere/one", current());
+    ASSERT_EQ(0, unsetenv("ZET_REGISTRY_DIR"));
+    EXPECT_EQ(defaultDirectory, current());
+    ASSERT_EQ(0, unsetenv("ZET_TEST_FILLER_63"));
+    EXPECT_EQ(defaultDirectory, current());
+    // One removed and ours added in its place leave the array as long as before.
+    ASSERT_EQ(0, unsetenv("ZET_TEST_FILLER_62"));
+    ASSERT_EQ(0, setenv("ZET_REGISTRY_DIR", "/nowhere/two", 1));
+    EXPECT_EQ("/nowhere/two", current());
+    static char given[] = "ZET_REGISTRY_DIR=/nowhere/three";
+    ASSERT_EQ(0, putenv(given));
+    EXPECT_EQ("/nowhere/three", current());
+    ASSERT_EQ(0, setenv("ZET_REGISTRY_DIR", "", 1));
+    EXPECT_EQ(defaultDirectory, current());
+    for (int i = 1; i < 62; ++i)
+        unsetenv(("ZET_TEST_FILLER_" + std::to_string(i)).c_str());
+    ASSERT_EQ(0, setenv("ZET_REGISTRY_DIR", registry.storeDirectory().c_str(), 1));
 }
 
 TEST_F(PortableStore, FilesAreReadableByAllWritableByTheOwnerAndSyncedOnCommit)
