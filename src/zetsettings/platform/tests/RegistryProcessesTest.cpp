@@ -95,15 +95,28 @@ ZET_CHILD_SCENARIO(registry_remake_key)
     return status == ERROR_SUCCESS ? 0 : failed("remake", status);
 }
 
-// args: "set" and a number, or "delete": what to do to the value Number of the remade key.
+// args: "set", a value name and a number, or "delete" and a value name: what to do to that value
+// of the remade key.
 ZET_CHILD_SCENARIO(registry_change_number)
 {
     ScopedKey key;
     LONG status = openKey(HKEY_LOCAL_MACHINE, kRemadeKey, key);
+    const std::wstring name = widen(args.at(1));
     if (status == ERROR_SUCCESS)
-        status = args.at(0) == "delete" ? RegDeleteValueW(key.get(), L"Number")
-                                        : setDword(key.get(), L"Number", static_cast<DWORD>(std::stoul(args.at(1))));
+        status = args.at(0) == "delete" ? RegDeleteValueW(key.get(), name.c_str())
+                                        : setDword(key.get(), name.c_str(), static_cast<DWORD>(std::stoul(args.at(2))));
     return status == ERROR_SUCCESS ? 0 : failed("change", status);
+}
+
+// The value at an index, by enumeration, with its number.
+LONG enumerateNumber(HKEY key, DWORD index, std::wstring& name, DWORD& number)
+{
+    WCHAR text[32];
+    DWORD units = 32;
+    DWORD size = sizeof(number);
+    const LONG status = RegEnumValueW(key, index, text, &units, nullptr, nullptr, reinterpret_cast<BYTE*>(&number), &size);
+    name.assign(text, status == ERROR_SUCCESS ? units : 0);
+    return status;
 }
 
 DWORD numberInRemadeKey(LONG& status)
@@ -200,18 +213,38 @@ TEST_F(RegistryProcesses, AValueReadAgainIsWhatAnotherProcessLeftThere)
         ASSERT_EQ(ERROR_SUCCESS, getDword(key.get(), L"NUMBER", number));
         ASSERT_EQ(1u, number);
     }
-    EXPECT_EQ(0, ChildProcess("registry_change_number", {"set", "2"}).wait());
+    EXPECT_EQ(0, ChildProcess("registry_change_number", {"set", "Number", "2"}).wait());
     EXPECT_EQ(ERROR_SUCCESS, getDword(key.get(), L"Number", number));
     EXPECT_EQ(2u, number);
 
-    WCHAR name[16];
-    DWORD units = 16;
-    ASSERT_EQ(ERROR_SUCCESS, RegEnumValueW(key.get(), 0, name, &units, nullptr, nullptr, nullptr, nullptr));
-    EXPECT_EQ(0, ChildProcess("registry_change_number", {"set", "3"}).wait());
-    EXPECT_EQ(ERROR_SUCCESS, getDword(key.get(), name, number));
+    std::wstring name;
+    ASSERT_EQ(ERROR_SUCCESS, enumerateNumber(key.get(), 0, name, number));
+    EXPECT_EQ(0, ChildProcess("registry_change_number", {"set", "Number", "3"}).wait());
+    EXPECT_EQ(ERROR_SUCCESS, getDword(key.get(), name.c_str(), number));
     EXPECT_EQ(3u, number);
-    EXPECT_EQ(0, ChildProcess("registry_change_number", {"delete"}).wait());
-    EXPECT_EQ(ERROR_FILE_NOT_FOUND, getDword(key.get(), name, number));
+    EXPECT_EQ(0, ChildProcess("registry_change_number", {"delete", "Number"}).wait());
+    EXPECT_EQ(ERROR_FILE_NOT_FOUND, getDword(key.get(), name.c_str(), number));
+}
+
+// An enumeration going on while another process changes the key goes on in the key's new state.
+TEST_F(RegistryProcesses, AnEnumerationSeesWhatAnotherProcessChangedInBetween)
+{
+    ScopedKey key;
+    ASSERT_EQ(ERROR_SUCCESS, createKey(HKEY_LOCAL_MACHINE, kRemadeKey, key));
+    for (DWORD i = 0; i < 5; ++i)
+        ASSERT_EQ(ERROR_SUCCESS, setDword(key.get(), (L"V" + std::to_wstring(i)).c_str(), i));
+    std::wstring name;
+    DWORD number = 0;
+    ASSERT_EQ(ERROR_SUCCESS, enumerateNumber(key.get(), 0, name, number));
+    EXPECT_EQ(L"V0", name);
+    EXPECT_EQ(0, ChildProcess("registry_change_number", {"delete", "V1"}).wait());
+    EXPECT_EQ(0, ChildProcess("registry_change_number", {"set", "V3", "33"}).wait());
+    ASSERT_EQ(ERROR_SUCCESS, enumerateNumber(key.get(), 1, name, number));
+    EXPECT_EQ(L"V2", name);
+    ASSERT_EQ(ERROR_SUCCESS, enumerateNumber(key.get(), 2, name, number));
+    EXPECT_EQ(L"V3", name);
+    EXPECT_EQ(33u, number);
+    EXPECT_EQ(ERROR_NO_MORE_ITEMS, enumerateNumber(key.get(), 4, name, number));
 }
 
 TEST_F(RegistryProcesses, AWriterKilledAtAnyInstantLeavesEveryValueOldOrNew)

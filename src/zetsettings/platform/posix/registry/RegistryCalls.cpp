@@ -314,6 +314,18 @@ LONG enumValue(HKEY hKey, DWORD index, LPWSTR name, LPDWORD nameUnits, LPDWORD r
     if (!key.allows(KEY_QUERY_VALUE))
         return ERROR_ACCESS_DENIED;
     EnumerationPosition position(key, &OpenKey::valuePosition);
+    auto deliverValue = [&](const MDB_val& record, uint64_t snapshotId) -> LONG {
+        const ValueRecordView value = ValueRecordView::parse(record);
+        ValueMemo::remember(*key.store, key.id, record, snapshotId);
+        const LONG result = ValueOutput::deliverName(value.named, name, nameUnits);
+        if (result != ERROR_SUCCESS)
+            return result;
+        return ValueOutput::deliver(value, type, data, size);
+    };
+    const uint64_t lastCommitted = key.store->lastCommitted();
+    MDB_val copy;
+    if (ChildEnumerator::readBefore(position.get(), index, lastCommitted, copy))
+        return deliverValue(copy, lastCommitted);
     const InOutCount nameCapacity(nameUnits), dataCapacity(size);
     return key.store->read([&](ReadTransaction& snapshot) -> LONG {
         nameCapacity.restore();
@@ -321,14 +333,9 @@ LONG enumValue(HKEY hKey, DWORD index, LPWSTR name, LPDWORD nameUnits, LPDWORD r
         RegistryTree tree(snapshot.txn(), snapshot.dbi());
         ChildEnumerator values(snapshot, RecordKeys::kValue, key.id);
         MDB_val record;
-        if (!values.at(index, position.get(), record))
+        if (!values.at(index, position.get(), record, key.open != nullptr))
             return missingValueOrKey(tree, key.id, ERROR_NO_MORE_ITEMS);
-        const ValueRecordView value = ValueRecordView::parse(record);
-        ValueMemo::remember(*key.store, key.id, record, snapshot.snapshotId());
-        const LONG result = ValueOutput::deliverName(value.named, name, nameUnits);
-        if (result != ERROR_SUCCESS)
-            return result;
-        return ValueOutput::deliver(value, type, data, size);
+        return deliverValue(record, snapshot.snapshotId());
     });
 }
 
