@@ -362,7 +362,9 @@ void reportExposure(const fs::path& folder, std::ostream& out)
         if (lstat(entry.path().c_str(), &info) != 0)
             continue;
         const bool isKey = entry.path().extension() == ".key";
-        if (info.st_mode & S_IWOTH)
+        // The named mutex's files are open to every user by design, as the product's mutex is.
+        const bool isMutexFile = entry.path().filename().string().rfind("mutex", 0) == 0;
+        if ((info.st_mode & S_IWOTH) && !isMutexFile)
             out << "violation others may write " << entry.path().string() << "\n";
         if (entry.path().filename().string().find(".key.new-") != std::string::npos)
             out << "violation a key candidate left behind: " << entry.path().filename().string() << "\n";

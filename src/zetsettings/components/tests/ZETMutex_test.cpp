@@ -179,30 +179,19 @@ TEST_F(ZETMutexProcesses, CountsOfTwoProcessesAddUp)
     EXPECT_EQ(std::to_string(2 * kRounds), signals.read("counter"));
 }
 
-TEST_F(ZETMutexProcesses, AKilledHolderPassesItToTheNextWaiterAndItWorksAsBefore)
+// That the mutex keeps others out again after an abandonment is the portable layer's to show
+// (NamedMutex_test); here, that the grabber counts an abandoned mutex as held.
+TEST_F(ZETMutexProcesses, AKilledHolderPassesItToTheNextWaiter)
 {
     std::unique_ptr<ZETMutex> mutex = makeNamed(name);
-    {
-        zettest::ChildProcess holder("zetmutex_hold", holdArgs());
-        ASSERT_TRUE(signals.awaitRaised("held"));
-        Contender waiting(*mutex);
-        std::this_thread::sleep_for(kSettle);
-        ASSERT_FALSE(waiting.acquired());
-        holder.killHard();
-        EXPECT_EQ(-1, holder.wait());
-        EXPECT_TRUE(waiting.awaitAcquired());
-    }
-    std::filesystem::remove(signals.file("held"));
-    zettest::ChildProcess next("zetmutex_hold", holdArgs());
+    zettest::ChildProcess holder("zetmutex_hold", holdArgs());
     ASSERT_TRUE(signals.awaitRaised("held"));
-    {
-        Contender here(*mutex);
-        std::this_thread::sleep_for(kSettle);
-        EXPECT_FALSE(here.acquired()) << "the next holder must keep us out again";
-        signals.raise("release");
-        EXPECT_TRUE(here.awaitAcquired());
-    }
-    EXPECT_EQ(0, next.wait());
+    Contender waiting(*mutex);
+    std::this_thread::sleep_for(kSettle);
+    ASSERT_FALSE(waiting.acquired());
+    holder.killHard();
+    EXPECT_EQ(-1, holder.wait());
+    EXPECT_TRUE(waiting.awaitAcquired());
 }
 
 }  // namespace

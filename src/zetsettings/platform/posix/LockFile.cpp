@@ -1,29 +1,20 @@
 #include "zetsettings/platform/posix/LockFile.h"
 
 #include <errno.h>
-#include <fcntl.h>
 #include <sodium.h>
-#include <sys/file.h>
-#include <sys/mman.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cstdio>
 #include <thread>
 
+#include "zetsettings/platform/posix/SharedMutexPage.h"
 #include "zetsettings/platform/posix/StoreLocation.h"
 #include "zetsettings/platform/posix/SystemError.h"
-#include "zetsettings/platform/posix/registry/ThisProcess.h"
 
 namespace zet {
 namespace portable {
 namespace {
 
-using registry::ThisProcess;
-
-const char kHeld = '1';
-const char kReleased = '0';
 // Far below NAME_MAX (255) with the prefix and suffix around it.
 const std::size_t kLongestPlainEncoding = 200;
 const std::size_t kNameHashBytes = 16;
@@ -59,16 +50,27 @@ std::string hashed(const std::string& encoded)
     return hex;
 }
 
+// A wait with a time-out tries again and again, backing off, so a short wait stays short. Not
+// pthread_mutex_timedlock: ThreadSanitizer doesn't see a lock that it hands over from a dead
+// owner (nor one from pthread_mutex_clocklock at all), and would then report its release.
+// The library itself waits without a time-out.
+int lockUntil(pthread_mutex_t& mutex, const Deadline& deadline)
+{
+    if (deadline.isInfinite())
+        return pthread_mutex_lock(&mutex);
+    std::chrono::milliseconds pause(1);
+    for (;;) {
+        const int result = pthread_mutex_trylock(&mutex);
+        if (result != EBUSY || deadline.hasPassed())
+            return result;
+        std::this_thread::sleep_for(std::min<Deadline::Clock::duration>(pause, deadline.remaining()));
+        pause = std::min(pause * 2, std::chrono::milliseconds(10));
+    }
+}
+
 }  // namespace
 
 LockFile::LockFile(const std::wstring& name) : m_fileName(fileName(name)) {}
-
-LockFile::~LockFile()
-{
-    if (m_locked && m_pid == ThisProcess::id())
-        unlock();
-    closeFile();
-}
 
 std::string LockFile::fileName(const std::wstring& name)
 {
@@ -79,153 +81,71 @@ std::string LockFile::fileName(const std::wstring& name)
     return "mutex#" + hashed(encoded) + ".lock";
 }
 
-LockFile::Outcome LockFile::lock(const std::string& directory, const Deadline& deadline, DWORD& error)
+LockFile::Outcome LockFile::lock(const char* directory, const Deadline& deadline, DWORD& error)
 {
-    error = openFor(directory);
+    error = setUpFor(directory);
     if (error != ERROR_SUCCESS)
         return Outcome::Failed;
-    if (!take(deadline, error))
-        return error == ERROR_SUCCESS ? Outcome::TimedOut : Outcome::Failed;
-    m_locked = true;
-    const bool abandoned = m_writable && wasLeftHeld();
-    markHeld(true);
-    return abandoned ? Outcome::Abandoned : Outcome::Acquired;
+    const Outcome outcome = take(deadline, error);
+    m_locked = outcome == Outcome::Acquired || outcome == Outcome::Abandoned;
+    return outcome;
+}
+
+bool LockFile::takeOverFromEndedHolder()
+{
+    if (!m_page || !m_locked)
+        return false;
+    const int result = pthread_mutex_trylock(&m_page->mutex);
+    if (result == EOWNERDEAD)
+        pthread_mutex_consistent(&m_page->mutex);
+    return result == EOWNERDEAD || result == 0;
 }
 
 void LockFile::unlock()
 {
     if (!m_locked)
         return;
-    markHeld(false);
-    flock(m_fd, LOCK_UN);
+    pthread_mutex_unlock(&m_page->mutex);
     m_locked = false;
 }
 
 void LockFile::forgetAfterFork()
 {
-    closeFile();
+    // The lock is the parent thread's; the mapping stays good in the child.
     m_locked = false;
 }
 
-DWORD LockFile::openFor(const std::string& directory)
+DWORD LockFile::setUpFor(const char* directory)
 {
-    if (m_fd >= 0 && m_pid == ThisProcess::id() && m_directory == directory && stillLinked())
+    if (m_page && m_directory == directory)
         return ERROR_SUCCESS;
-    closeFile();
-    const std::string path = directory + "/" + m_fileName;
     if (const int failure = ensureStoreDirectory(directory))
         return win32ErrorFromErrno(failure);
-
-    bool writable = true;
-    int fd = open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0644);
-    if (fd >= 0) {
-        // Whatever our umask, other users of the store must be able to open the file to lock it.
-        fchmod(fd, 0644);
-    } else if (errno == EEXIST) {
-        fd = open(path.c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW);
-        if (fd < 0 && errno == EACCES) {
-            fd = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW);
-            writable = false;
-        }
-    }
-    if (fd < 0)
+    SharedMutexPage* page = sharedMutexPageAt(std::string(directory) + "/" + m_fileName);
+    if (!page)
         return win32ErrorFromErrno(errno);
-
-    struct stat info;
-    if (fstat(fd, &info) != 0 || !S_ISREG(info.st_mode)) {
-        close(fd);
-        return ERROR_ACCESS_DENIED;
-    }
-    m_fd = fd;
-    m_writable = writable;
-    m_pid = ThisProcess::id();
+    m_page = page;
     m_directory = directory;
-    if (writable)
-        mapMark();
     return ERROR_SUCCESS;
 }
 
-// A store directory that was removed (and perhaps made again) leaves our file without a name;
-// a lock on it would order nobody. Asked of the descriptor, as a lookup of the path costs more.
-bool LockFile::stillLinked() const
-{
-    struct stat info;
-    return fstat(m_fd, &info) == 0 && info.st_nlink > 0;
-}
-
-// Touching a mapped page past the end of the file faults, so the byte is given a block first;
-// fallocate never changes a byte that is there, so a mark left by a dead holder survives.
-// Without the mapping, the mark falls back to pread and pwrite.
-void LockFile::mapMark()
-{
-    if (posix_fallocate(m_fd, 0, 1) != 0)
-        return;
-    void* page = mmap(nullptr, 1, PROT_READ | PROT_WRITE, MAP_SHARED, m_fd, 0);
-    if (page != MAP_FAILED)
-        m_mark = static_cast<volatile char*>(page);
-}
-
-bool LockFile::take(const Deadline& deadline, DWORD& error)
+LockFile::Outcome LockFile::take(const Deadline& deadline, DWORD& error)
 {
     error = ERROR_SUCCESS;
-    if (deadline.isInfinite()) {
-        while (flock(m_fd, LOCK_EX) != 0) {
-            if (errno != EINTR) {
-                error = win32ErrorFromErrno(errno);
-                return false;
-            }
-        }
-        return true;
+    switch (const int result = lockUntil(m_page->mutex, deadline)) {
+    case 0:
+    // This thread holds it already, through a handle it closed while holding: it keeps it.
+    case EDEADLK:
+        return Outcome::Acquired;
+    case EOWNERDEAD:
+        pthread_mutex_consistent(&m_page->mutex);
+        return Outcome::Abandoned;
+    case EBUSY:
+        return Outcome::TimedOut;
+    default:
+        error = win32ErrorFromErrno(result);
+        return Outcome::Failed;
     }
-    // flock has no timeout: poll, backing off, so a short wait stays short.
-    std::chrono::milliseconds pause(1);
-    for (;;) {
-        if (flock(m_fd, LOCK_EX | LOCK_NB) == 0)
-            return true;
-        if (errno == EINTR)
-            continue;
-        if (errno != EWOULDBLOCK) {
-            error = win32ErrorFromErrno(errno);
-            return false;
-        }
-        if (deadline.hasPassed())
-            return false;
-        std::this_thread::sleep_for(std::min<Deadline::Clock::duration>(pause, deadline.remaining()));
-        pause = std::min(pause * 2, std::chrono::milliseconds(10));
-    }
-}
-
-void LockFile::markHeld(bool held)
-{
-    if (!m_writable)
-        return;
-    const char mark = held ? kHeld : kReleased;
-    if (m_mark) {
-        *m_mark = mark;
-        return;
-    }
-    // A mark that can't be written only costs the report of an abandonment.
-    if (pwrite(m_fd, &mark, 1, 0) != 1)
-        return;
-}
-
-bool LockFile::wasLeftHeld() const
-{
-    if (m_mark)
-        return *m_mark == kHeld;
-    char mark = kReleased;
-    return pread(m_fd, &mark, 1, 0) == 1 && mark == kHeld;
-}
-
-void LockFile::closeFile()
-{
-    if (m_mark)
-        munmap(const_cast<char*>(m_mark), 1);
-    m_mark = nullptr;
-    if (m_fd >= 0)
-        close(m_fd);
-    m_fd = -1;
-    m_directory.clear();
 }
 
 }  // namespace portable

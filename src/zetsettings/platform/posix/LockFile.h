@@ -1,26 +1,31 @@
 // The file that carries a named mutex between the processes of one store.
 //
-// One file per mutex name, inside the store directory, named by fileName(). The lock is an
-// flock() on a descriptor opened once per process and store, with O_CLOEXEC, and kept open while
-// held: flock belongs to the open file description, so no other close() in the process can drop
-// it (as one would a classic fcntl lock), and the kernel drops it when the holder dies.
+// One file per mutex name, inside the store directory, named by fileName(). Its first page,
+// mapped shared by every process that uses the mutex, holds a process-shared, robust pthread
+// mutex behind a header (magic, layout, the boot it was made in). Taking and releasing it when
+// nobody contends are atomic operations only, with no system call.
 //
-// Abandonment: while held, the first byte of the file is '1'; a clean release writes '0'. A
-// holder that dies leaves '1' behind, so the next owner learns that the mutex was abandoned. A
-// writable handle keeps that byte in a shared mapping of the file's first page, so marking
-// costs no system call (the byte is allocated before mapping; only truncating the file by hand
-// while a process has it mapped would fault that process). A process that may only read the
-// file (another user's store) can lock it, but neither marks nor reports abandonment.
+// Abandonment: a thread (or process) that ends holding the mutex leaves it to the next taker
+// as "owner died", which reports Abandoned, as Windows reports an abandoned mutex.
 //
-// A take and a release cost two flock() calls and one fstat(): the descriptor is kept while the
-// file is still linked, so a store directory that was removed (and perhaps made again) is
-// noticed; a store directory moved away whole is not, as the registry keeps using it too.
+// Set-up, once per process and lock file (SharedMutexPage): the file is opened (and made, mode
+// 0666 whatever the umask), checked to be a linked regular file, and mapped for the life of the
+// process; the descriptor is then closed. A header that is missing, of another layout, or from an earlier
+// boot (a machine that went down while somebody held the mutex) is made again under flock() of
+// the file, checked again once the flock is held; the boot id is written last.
+//
+// Every local user may open the file read-write, as the product asks for its mutex with
+// attributes meant to let all of its processes open it (a null DACL on Windows). Any local user
+// can therefore hold the mutex or disturb it, as with the Windows object. A process that can't
+// open the file read-write (a read-only file system, a file made by an older build with mode
+// 0644) gets Failed with ERROR_ACCESS_DENIED, as Windows fails to open a mutex it may not use.
+//
+// A store directory removed and made again under a running process is not noticed by that
+// process: it keeps the mutex of the store it set up with, as the registry keeps its open store.
 //
 // Not thread-safe: the in-process mutex lets only its claiming or owning thread in here.
 #ifndef ZETSETTINGS_PLATFORM_POSIX_LOCKFILE_H
 #define ZETSETTINGS_PLATFORM_POSIX_LOCKFILE_H
-
-#include <sys/types.h>
 
 #include <string>
 
@@ -30,24 +35,29 @@
 namespace zet {
 namespace portable {
 
+struct SharedMutexPage;
+
 class LockFile {
 public:
     enum class Outcome { Acquired, Abandoned, TimedOut, Failed };
 
     // The file of the mutex `name` (see fileName), in whichever store directory it is locked.
     explicit LockFile(const std::wstring& name);
-    // Drops a lock still held, as a clean release.
-    ~LockFile();
+    // A lock still held stays with its holding thread (see MutexObject).
+    ~LockFile() = default;
 
     LockFile(const LockFile&) = delete;
     LockFile& operator=(const LockFile&) = delete;
 
     // Locks the file in the store `directory`, making both if missing. On Failed, `error` holds
     // the Windows error.
-    Outcome lock(const std::string& directory, const Deadline& deadline, DWORD& error);
+    Outcome lock(const char* directory, const Deadline& deadline, DWORD& error);
+    // While another thread of this process holds the lock: takes it, without waiting, if that
+    // thread has ended. The lock then passes to the calling thread.
+    bool takeOverFromEndedHolder();
     void unlock();
-    // In the child of a fork: the descriptor is the parent's open file description, and so is
-    // any lock on it. Let go of it without touching the lock.
+    // In the child of a fork: the lock, if held, belongs to the parent's thread. Forget it
+    // without touching it.
     void forgetAfterFork();
 
     // The file name for a mutex name: letters, digits, '-' and '_' kept, every other character
@@ -56,22 +66,13 @@ public:
     static std::string fileName(const std::wstring& name);
 
 private:
-    DWORD openFor(const std::string& directory);
-    bool stillLinked() const;
-    void mapMark();
-    bool take(const Deadline& deadline, DWORD& error);
-    void markHeld(bool held);
-    bool wasLeftHeld() const;
-    void closeFile();
+    DWORD setUpFor(const char* directory);
+    Outcome take(const Deadline& deadline, DWORD& error);
 
-    int m_fd = -1;
-    bool m_writable = false;
+    SharedMutexPage* m_page = nullptr;
     bool m_locked = false;
-    pid_t m_pid = 0;
-    // The file's first byte, shared with every process that maps it; null when not mapped.
-    volatile char* m_mark = nullptr;
     const std::string m_fileName;
-    // The store directory of the open descriptor; empty when none is open.
+    // The store directory of m_page.
     std::string m_directory;
 };
 

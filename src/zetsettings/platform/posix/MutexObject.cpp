@@ -1,9 +1,17 @@
 #include "zetsettings/platform/posix/MutexObject.h"
 
+#include <algorithm>
+
 #include "zetsettings/platform/posix/StoreLocation.h"
 
 namespace zet {
 namespace portable {
+namespace {
+
+// How often a waiter looks whether the owning thread of this process has ended.
+const std::chrono::milliseconds kEndedOwnerLook(100);
+
+}  // namespace
 
 MutexObject::MutexObject(const std::wstring& name) : m_name(name), m_free(new std::condition_variable), m_file(name)
 {
@@ -11,7 +19,10 @@ MutexObject::MutexObject(const std::wstring& name) : m_name(name), m_free(new st
 
 MutexObject::~MutexObject()
 {
-    if (m_count > 0)
+    // Only its owner can release the process-shared lock; dropped on another thread, the lock
+    // stays with its owner until that thread ends, as a Windows mutex stays owned after the
+    // last CloseHandle.
+    if (m_count > 0 && m_owner == std::this_thread::get_id())
         m_file.unlock();
 }
 
@@ -23,8 +34,16 @@ DWORD MutexObject::wait(std::unique_lock<std::mutex>& guard, DWORD milliseconds)
         return WAIT_OBJECT_0;
     }
     const Deadline deadline(milliseconds);
-    if (!waitUntilFree(guard, deadline))
+    switch (waitUntilFree(guard, deadline)) {
+    case Wait::TimedOut:
         return WAIT_TIMEOUT;
+    case Wait::OwnerEnded:
+        m_owner = self;
+        m_count = 1;
+        return WAIT_ABANDONED;
+    case Wait::Free:
+        break;
+    }
     m_owner = self;
     if (m_name.empty()) {
         m_count = 1;
@@ -57,14 +76,35 @@ void MutexObject::forgetAfterFork(std::thread::id survivor)
     m_free.reset(new std::condition_variable);
 }
 
-bool MutexObject::waitUntilFree(std::unique_lock<std::mutex>& guard, const Deadline& deadline)
+MutexObject::Wait MutexObject::waitUntilFree(std::unique_lock<std::mutex>& guard, const Deadline& deadline)
 {
     auto isFree = [this] { return m_owner == std::thread::id(); };
+    if (isFree())
+        return Wait::Free;
+    if (!m_name.empty())
+        return waitWatchingOwner(guard, deadline);
     if (deadline.isInfinite()) {
         m_free->wait(guard, isFree);
-        return true;
+        return Wait::Free;
     }
-    return m_free->wait_until(guard, deadline.at(), isFree);
+    return m_free->wait_until(guard, deadline.at(), isFree) ? Wait::Free : Wait::TimedOut;
+}
+
+// A thread of this process that ends holding a named mutex never wakes us: its end shows only
+// in the process-shared lock, so that is looked at now and then.
+MutexObject::Wait MutexObject::waitWatchingOwner(std::unique_lock<std::mutex>& guard, const Deadline& deadline)
+{
+    auto isFree = [this] { return m_owner == std::thread::id(); };
+    for (;;) {
+        const Deadline::Clock::time_point look = Deadline::Clock::now() + kEndedOwnerLook;
+        if (m_free->wait_until(guard, std::min(look, deadline.at()), isFree))
+            return Wait::Free;
+        // Only a holder, not a thread still claiming, can have ended with the lock.
+        if (m_count > 0 && m_file.takeOverFromEndedHolder())
+            return Wait::OwnerEnded;
+        if (deadline.hasPassed())
+            return Wait::TimedOut;
+    }
 }
 
 // The in-process part is ours; the other processes of the store are waited for without the
@@ -72,7 +112,9 @@ bool MutexObject::waitUntilFree(std::unique_lock<std::mutex>& guard, const Deadl
 // this one) meanwhile.
 DWORD MutexObject::claimFile(std::unique_lock<std::mutex>& guard, const Deadline& deadline)
 {
-    const std::string directory = storeDirectory();
+    // No copy: the lock file compares it with the directory it has set up, and copies it only
+    // to set up another.
+    const char* directory = storeDirectoryName();
     DWORD error = ERROR_SUCCESS;
     guard.unlock();
     const LockFile::Outcome outcome = m_file.lock(directory, deadline, error);

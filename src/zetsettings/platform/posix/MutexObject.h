@@ -28,8 +28,10 @@ class MutexObject {
 public:
     // An empty name makes a mutex of this process only.
     explicit MutexObject(const std::wstring& name);
-    // Dropping the last reference while held releases the lock file, so that other processes
-    // are not kept waiting by an object nobody can release any more.
+    // Dropping the last reference on the holding thread releases the mutex. Dropped on another
+    // thread, the process-shared lock stays with its holder until that thread ends (then the
+    // next taker finds it abandoned) or takes the name again, as a Windows mutex stays owned
+    // after its last handle is closed.
     ~MutexObject();
 
     MutexObject(const MutexObject&) = delete;
@@ -47,7 +49,9 @@ public:
     void forgetAfterFork(std::thread::id survivor);
 
 private:
-    bool waitUntilFree(std::unique_lock<std::mutex>& guard, const Deadline& deadline);
+    enum class Wait { Free, TimedOut, OwnerEnded };
+    Wait waitUntilFree(std::unique_lock<std::mutex>& guard, const Deadline& deadline);
+    Wait waitWatchingOwner(std::unique_lock<std::mutex>& guard, const Deadline& deadline);
     DWORD claimFile(std::unique_lock<std::mutex>& guard, const Deadline& deadline);
     void becomeFree();
 

@@ -1,11 +1,17 @@
 // The named mutex of the portable layer: a lock file per name inside the store, shared by the
-// processes of that store, reported abandoned when its holder was killed, not inherited by fork.
+// processes of that store, reported abandoned when its holding thread or process ended, made
+// anew when left by an earlier boot, not inherited by fork.
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
+#include <cstddef>
 #include <filesystem>
+#include <functional>
+#include <future>
 #include <iterator>
 #include <set>
 #include <thread>
@@ -15,12 +21,14 @@
 #include "support/TestRegistry.h"
 #include "zetsettings/components/tests/ProcessSignals.h"
 #include "zetsettings/platform/posix/LockFile.h"
+#include "zetsettings/platform/posix/SharedMutexPage.h"
 #include "zetsettings/platform/posix/Win32Portable.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 using zet::portable::LockFile;
+using zet::portable::SharedMutexPage;
 using zettest::SignalDirectory;
 
 std::set<std::string> filesIn(const std::string& directory)
@@ -30,6 +38,16 @@ std::set<std::string> filesIn(const std::string& directory)
     for (const auto& entry : fs::directory_iterator(directory, ignored))
         names.insert(entry.path().filename().string());
     return names;
+}
+
+std::string lockFileOf(const zettest::TestRegistry& store, const std::wstring& name)
+{
+    return store.storeDirectory() + "/" + LockFile::fileName(name);
+}
+
+void overwrite(int fd, std::size_t offset, const std::string& bytes)
+{
+    ASSERT_EQ(static_cast<ssize_t>(bytes.size()), pwrite(fd, bytes.data(), bytes.size(), static_cast<off_t>(offset)));
 }
 
 // Runs `body` in a forked copy of this process (no exec) and returns its exit code.
@@ -87,24 +105,27 @@ DWORD waitFromAnotherThread(HANDLE handle, DWORD milliseconds)
     return result;
 }
 
-// args: mutex name, signal directory. Takes the mutex and holds it until killed.
+// args: mutex name, signal directory. Takes the mutex (abandoned or not) and holds it until
+// killed.
 ZET_CHILD_SCENARIO(seam_mutex_hold)
 {
     SignalDirectory signals(args.at(1));
     Handle mutex(zettest::widen(args.at(0)));
-    if (WaitForSingleObject(mutex.get(), INFINITE) != WAIT_OBJECT_0)
+    const DWORD result = WaitForSingleObject(mutex.get(), INFINITE);
+    if (result != WAIT_OBJECT_0 && result != WAIT_ABANDONED)
         return 2;
     signals.raise("held");
     pause();
     return 0;
 }
 
-// args: mutex name. Exits with the result of a wait that doesn't wait.
+// args: mutex name. Exits with the result of a wait that doesn't wait: 0 taken, 1 timed out,
+// 2 abandoned.
 ZET_CHILD_SCENARIO(seam_mutex_try)
 {
     Handle mutex(zettest::widen(args.at(0)));
     const DWORD result = WaitForSingleObject(mutex.get(), 0);
-    return result == WAIT_OBJECT_0 ? 0 : result == WAIT_TIMEOUT ? 1 : 2;
+    return result == WAIT_OBJECT_0 ? 0 : result == WAIT_TIMEOUT ? 1 : result == WAIT_ABANDONED ? 2 : 3;
 }
 
 class NamedMutexTest : public zettest::RegistryTest {
@@ -114,7 +135,7 @@ protected:
     int tryInChild() const { return zettest::runChild("seam_mutex_try", {zettest::narrow(name)}); }
 };
 
-TEST_F(NamedMutexTest, TheLockFileIsMadeInTheStoreCurrentAtTheFirstWaitWhateverTheUmask)
+TEST_F(NamedMutexTest, TheLockFileIsMadeInTheStoreCurrentAtTheFirstWaitOpenToAllWhateverTheUmask)
 {
     const std::wstring masked = name + L"-masked";
     Handle first(name), second(masked);
@@ -127,8 +148,8 @@ TEST_F(NamedMutexTest, TheLockFileIsMadeInTheStoreCurrentAtTheFirstWaitWhateverT
         umask(previous);
         EXPECT_TRUE(ReleaseMutex(mutex.get()));
         struct stat info;
-        ASSERT_EQ(0, stat((current.storeDirectory() + "/" + LockFile::fileName(mask ? masked : name)).c_str(), &info));
-        EXPECT_EQ(0644u, info.st_mode & 07777) << "others may open it, only its owner may write it";
+        ASSERT_EQ(0, stat(lockFileOf(current, mask ? masked : name).c_str(), &info));
+        EXPECT_EQ(0666u, info.st_mode & 07777) << "every user of the store must be able to take it";
     }
 }
 
@@ -153,21 +174,87 @@ TEST_F(NamedMutexTest, EveryNameGetsAFileOfItsOwnInsideTheStore)
     EXPECT_EQ(static_cast<DWORD>(ERROR_FILENAME_EXCED_RANGE), tooLong.createError());
 }
 
-TEST_F(NamedMutexTest, AHolderKilledHoldingItIsReportedAsAbandonedOnce)
+TEST_F(NamedMutexTest, AHolderKilledWhileOthersWaitIsReportedAsAbandonedOnce)
 {
     zettest::ChildProcess holder("seam_mutex_hold", {zettest::narrow(name), signals.path()});
     ASSERT_TRUE(signals.awaitRaised("held"));
-    holder.killHard();
-    holder.wait();
-
     Handle mutex(name);
+    const auto before = std::chrono::steady_clock::now();
+    EXPECT_EQ(WAIT_TIMEOUT, WaitForSingleObject(mutex.get(), 150));
+    EXPECT_GE(std::chrono::steady_clock::now() - before, std::chrono::milliseconds(150));
+
+    std::thread killer([&] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        holder.killHard();
+    });
     EXPECT_EQ(WAIT_ABANDONED, WaitForSingleObject(mutex.get(), 20000));
+    killer.join();
+    EXPECT_EQ(1, tryInChild()) << "the abandoned mutex belongs to the thread that got it";
     EXPECT_TRUE(ReleaseMutex(mutex.get()));
     EXPECT_EQ(WAIT_OBJECT_0, WaitForSingleObject(mutex.get(), 0));
     EXPECT_TRUE(ReleaseMutex(mutex.get()));
 }
 
-TEST_F(NamedMutexTest, AStoreRemovedAndMadeAgainIsSharedWithTheProcessesThatUseItNow)
+TEST_F(NamedMutexTest, AThreadThatEndsHoldingItAbandonsItToThisAndOtherProcesses)
+{
+    Handle mutex(name);
+    std::thread([&] { ASSERT_EQ(WAIT_OBJECT_0, WaitForSingleObject(mutex.get(), 0)); }).join();
+    EXPECT_EQ(WAIT_ABANDONED, WaitForSingleObject(mutex.get(), 20000));
+    EXPECT_TRUE(ReleaseMutex(mutex.get()));
+
+    std::thread([&] { ASSERT_EQ(WAIT_OBJECT_0, WaitForSingleObject(mutex.get(), 0)); }).join();
+    EXPECT_EQ(2, tryInChild()) << "another process finds it abandoned";
+}
+
+TEST_F(NamedMutexTest, ALastHandleClosedByAnotherThreadLeavesTheHolderHoldingWithoutDeadlock)
+{
+    Handle mutex(name);
+    std::promise<void> taken, closed;
+    std::thread holder([&] {
+        WaitForSingleObject(mutex.get(), 0);
+        taken.set_value();
+        closed.get_future().wait();
+        Handle again(name);
+        EXPECT_EQ(WAIT_OBJECT_0, WaitForSingleObject(again.get(), 0)) << "the holder takes its name again";
+        EXPECT_TRUE(ReleaseMutex(again.get()));
+    });
+    taken.get_future().wait();
+    EXPECT_TRUE(CloseHandle(mutex.release()));
+    EXPECT_EQ(1, tryInChild()) << "closing the last handle must not release another thread's hold";
+    closed.set_value();
+    holder.join();
+    EXPECT_EQ(0, tryInChild());
+}
+
+// A page left by an earlier boot, by an older build, or broken, is made anew by the next
+// process that sets it up, while the processes that use it after that still exclude each other.
+TEST_F(NamedMutexTest, ALockFileFromAnEarlierBootOrOfAnotherLayoutIsMadeAnew)
+{
+    const std::string path = lockFileOf(registry, name);
+    const std::pair<const char*, std::function<void(int)>> damages[] = {
+        {"earlier boot", [](int fd) { overwrite(fd, offsetof(SharedMutexPage, boot), std::string(16, '\x5a')); }},
+        {"broken magic", [](int fd) { overwrite(fd, 0, "junk"); }},
+        {"older layout", [](int fd) { ASSERT_EQ(0, ftruncate(fd, 0)); overwrite(fd, 0, "1"); }},
+    };
+    for (const auto& damage : damages) {
+        SCOPED_TRACE(damage.first);
+        fs::remove(signals.file("held"));
+        // Held by a live process, so only a page made anew lets the next one in at once.
+        zettest::ChildProcess holder("seam_mutex_hold", {zettest::narrow(name), signals.path()});
+        ASSERT_TRUE(signals.awaitRaised("held"));
+        const int fd = open(path.c_str(), O_RDWR);
+        ASSERT_GE(fd, 0);
+        damage.second(fd);
+        close(fd);
+
+        fs::remove(signals.file("held"));
+        zettest::ChildProcess next("seam_mutex_hold", {zettest::narrow(name), signals.path()});
+        ASSERT_TRUE(signals.awaitRaised("held"));
+        EXPECT_EQ(1, tryInChild()) << "the page made anew excludes as before";
+    }
+}
+
+TEST_F(NamedMutexTest, AStoreRemovedAndMadeAgainIsSharedByTheProcessesThatStartOnIt)
 {
     Handle mutex(name);
     ASSERT_EQ(WAIT_OBJECT_0, WaitForSingleObject(mutex.get(), 0));
@@ -177,7 +264,7 @@ TEST_F(NamedMutexTest, AStoreRemovedAndMadeAgainIsSharedWithTheProcessesThatUseI
 
     zettest::ChildProcess holder("seam_mutex_hold", {zettest::narrow(name), signals.path()});
     ASSERT_TRUE(signals.awaitRaised("held"));
-    EXPECT_EQ(WAIT_TIMEOUT, WaitForSingleObject(mutex.get(), 0)) << "locked the removed store's file";
+    EXPECT_EQ(1, tryInChild());
 }
 
 TEST_F(NamedMutexTest, AForkedChildDoesNotShareItsParentsHold)
@@ -232,7 +319,8 @@ TEST_F(NamedMutexTest, HandlesOfOneNameShareOneMutexThatOnlyItsHolderReleases)
     EXPECT_EQ(WAIT_OBJECT_0, waitFromAnotherThread(second.get(), 0));
 }
 
-// As an unprivileged user: the lock file is root's and read-only to others.
+// As an unprivileged user, on a store and lock file that root made. Exits 0 taken, 1 timed
+// out, 2 refused with ERROR_ACCESS_DENIED.
 ZET_CHILD_SCENARIO(seam_mutex_try_as_nobody)
 {
     const uid_t nobody = 65534;
@@ -240,10 +328,12 @@ ZET_CHILD_SCENARIO(seam_mutex_try_as_nobody)
         return 3;
     Handle mutex(zettest::widen(args.at(0)));
     const DWORD result = WaitForSingleObject(mutex.get(), 0);
-    return result == WAIT_OBJECT_0 ? 0 : result == WAIT_TIMEOUT ? 1 : 2;
+    if (result == WAIT_FAILED)
+        return GetLastError() == ERROR_ACCESS_DENIED ? 2 : 4;
+    return result == WAIT_OBJECT_0 ? 0 : result == WAIT_TIMEOUT ? 1 : 5;
 }
 
-TEST_F(NamedMutexTest, AUserWhoMayOnlyReadTheLockFileCanStillTakeIt)
+TEST_F(NamedMutexTest, AnotherUserSharesItAndOneWhoCannotWriteTheFileIsRefused)
 {
     if (geteuid() != 0)
         GTEST_SKIP() << "needs root to act as another user";
@@ -253,6 +343,9 @@ TEST_F(NamedMutexTest, AUserWhoMayOnlyReadTheLockFileCanStillTakeIt)
     EXPECT_EQ(1, zettest::runChild("seam_mutex_try_as_nobody", {zettest::narrow(name)}));
     ReleaseMutex(mutex.get());
     EXPECT_EQ(0, zettest::runChild("seam_mutex_try_as_nobody", {zettest::narrow(name)}));
+
+    ASSERT_EQ(0, chmod(lockFileOf(registry, name).c_str(), 0644));
+    EXPECT_EQ(2, zettest::runChild("seam_mutex_try_as_nobody", {zettest::narrow(name)}));
 }
 
 TEST(LastError, EachThreadHasItsOwn)
