@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <cwchar>
+#include <memory>
 #include <new>
 #include <utility>
 
@@ -37,6 +38,10 @@ std::wstring textOf(const std::basic_string<BYTE>& data)
         text.resize(end);
     return text;
 }
+
+struct FreeBlock {
+    void operator()(void* block) const { std::free(block); }
+};
 
 void* allocateOrThrow(std::size_t size)
 {
@@ -106,19 +111,26 @@ CRegistryKey::ValueIteratorImpl::ValueIteratorImpl(HKEY key, DWORD index) : m_ke
 
 bool CRegistryKey::ValueIteratorImpl::Fetch(std::wstring& name) const
 {
-    // Most names fit the small buffer; value names may reach 16,383 characters.
-    for (DWORD capacity = 256;; capacity = 16384) {
-        std::wstring buffer(capacity, L'\0');
-        DWORD length = capacity;
-        const LSTATUS status = RegEnumValueW(m_key, m_index, &buffer[0], &length, 0, 0, 0, 0);
-        if (status == ERROR_NO_MORE_ITEMS)
-            return false;
-        if (status == ERROR_MORE_DATA && capacity < 16384)
-            continue;
+    // Most names fit the stack; value names may reach 16,383 characters, and only those
+    // take a block from the heap. A walk over thousands of values then allocates nothing.
+    wchar_t small[256];
+    DWORD length = 256;
+    LSTATUS status = RegEnumValueW(m_key, m_index, small, &length, 0, 0, 0, 0);
+    if (status == ERROR_NO_MORE_ITEMS)
+        return false;
+    if (status != ERROR_MORE_DATA) {
         check(status, L"RegEnumValueW");
-        name.assign(buffer.data(), length);
+        name.assign(small, length);
         return true;
     }
+    std::wstring large(16384, L'\0');
+    length = 16384;
+    status = RegEnumValueW(m_key, m_index, &large[0], &length, 0, 0, 0, 0);
+    if (status == ERROR_NO_MORE_ITEMS)
+        return false;
+    check(status, L"RegEnumValueW");
+    name.assign(large.data(), length);
+    return true;
 }
 
 // ---- the key -------------------------------------------------------------------------------
@@ -227,6 +239,31 @@ void CRegistryKey::Read(const wchar_t* name, DWORD& type, std::basic_string<BYTE
     data.resize(size);
 }
 
+BYTE* CRegistryKey::ReadBlock(const wchar_t* name, DWORD& size) const
+{
+    // The same first guess as Read, but the bytes go straight into the block handed out, so
+    // that a value costs one allocation, not a string and a copy of it.
+    BYTE guess[512];
+    DWORD type = REG_NONE;
+    size = sizeof(guess);
+    LSTATUS status = RegQueryValueExW(m_key, name, 0, &type, guess, &size);
+    if (status == ERROR_SUCCESS) {
+        BYTE* block = static_cast<BYTE*>(allocateOrThrow(size));
+        std::memcpy(block, guess, size);
+        return block;
+    }
+    std::unique_ptr<BYTE, FreeBlock> block;
+    DWORD capacity = sizeof(guess);
+    while (status == ERROR_MORE_DATA) {
+        capacity = std::max<DWORD>(size, capacity * 2);
+        block.reset(static_cast<BYTE*>(allocateOrThrow(capacity)));
+        size = capacity;
+        status = RegQueryValueExW(m_key, name, 0, &type, block.get(), &size);
+    }
+    check(status, L"RegQueryValueExW");
+    return block.release();
+}
+
 bool CRegistryKey::QueryValue(const wchar_t* name, DWORD& value) const
 {
     DWORD type = REG_NONE;
@@ -258,14 +295,10 @@ bool CRegistryKey::QueryValue(const wchar_t* name, wchar_t** text) const
 
 bool CRegistryKey::QueryValue(const wchar_t* name, BYTE** data, DWORD& length) const
 {
-    DWORD type = REG_NONE;
-    std::basic_string<BYTE> bytes;
-    Read(name, type, bytes);
-    BYTE* copy = static_cast<BYTE*>(allocateOrThrow(bytes.size()));
-    if (!bytes.empty())
-        std::memcpy(copy, bytes.data(), bytes.size());
-    *data = copy;
-    length = static_cast<DWORD>(bytes.size());
+    DWORD size = 0;
+    BYTE* block = ReadBlock(name, size);
+    *data = block;
+    length = size;
     return true;
 }
 

@@ -157,6 +157,8 @@ private:
                         REGSAM access, LPSECURITY_ATTRIBUTES securityAttributes) const;
     // Reads the raw value; returns false for nothing to read, throws on any failure.
     void Read(const wchar_t* name, DWORD& type, std::basic_string<BYTE>& data) const;
+    // Reads the raw value into a block from malloc that the caller frees; throws on failure.
+    BYTE* ReadBlock(const wchar_t* name, DWORD& size) const;
 
     HKEY m_key;
     bool m_owned;

@@ -4,6 +4,9 @@
 #include "zetsettings/ZETSettings.h"
 
 #include <cstdlib>
+#include <iterator>
+#include <tuple>
+#include <utility>
 
 #include "zetsettings/components/ZETMiscUtil.h"
 #include "zetsettings/components/ZETMutexGrabber.h"
@@ -30,17 +33,41 @@ std::wstring lowerCase(const std::wstring& text)
     return lower;
 }
 
-// Reads the record stored in one value into record; false when the value gave no data.
-bool readRecord(const CRegistryKey& ownerKey, const std::wstring& valueName, ZETFallbackSettings& record)
+// The slot of key in map, made with a default value if absent; created tells which. Values
+// usually arrive in key order, so the end is tried first and most of a walk costs no search.
+template <class Map>
+typename Map::mapped_type& slotFor(Map& map, typename Map::key_type&& key, bool& created)
+{
+    auto place = map.end();
+    created = false;
+    if (!map.empty() && !map.key_comp()(std::prev(place)->first, key)) {
+        place = map.lower_bound(key);
+        if (place != map.end() && !map.key_comp()(key, place->first))
+            return place->second;
+    }
+    created = true;
+    return map.emplace_hint(place, std::piecewise_construct, std::forward_as_tuple(std::move(key)),
+                            std::forward_as_tuple())
+        ->second;
+}
+
+// Files the record stored in one value under network, read straight into its place in the
+// map. A record already filed there (another value whose name decodes to the same network) is
+// replaced whole, as a fresh record would replace it. A value that gives no data files nothing.
+void fileRecord(const CRegistryKey& ownerKey, const std::wstring& valueName, ser_wstring&& network,
+                ZETNetworkToFallbackSettingsMap& entry)
 {
     BYTE* data = 0;
     DWORD length = 0;
     ownerKey.QueryValue(valueName.c_str(), &data, length);
     if (!data)
-        return false;
+        return;
     const zet::MallocedPtr<BYTE> owned(data);
+    bool created = false;
+    ZETFallbackSettings& record = slotFor(entry.networks, std::move(network), created);
+    if (!created)
+        record = ZETFallbackSettings();
     record.deserialize(data, static_cast<int>(length));
-    return true;
 }
 
 // Writes one record; a record whose block can't be allocated is skipped, its old stored form
@@ -64,15 +91,14 @@ void ZETSettings::loadFallbackSettings(ZETOwnerToNetworkMap& map)
         const CRegistryKey database = createOrOpen(getLocalMachineBase(), kFallbackDatabaseKey);
         for (auto owner = database.BeginSubkeyIteration(); owner != database.EndSubkeyIteration(); ++owner) {
             // The entry comes before any value is read, so an owner without records is kept.
-            ZETNetworkToFallbackSettingsMap& entry = map.owners[ser_wstring(owner.GetName())];
+            bool created = false;
+            ZETNetworkToFallbackSettingsMap& entry = slotFor(map.owners, ser_wstring(owner.GetName()), created);
             entry.owner = owner.GetName();
             const CRegistryKey ownerKey = owner.OpenKey(KEY_ALL_ACCESS);
             for (auto value = ownerKey.BeginValueIteration(); value != ownerKey.EndValueIteration(); ++value) {
                 // The network comes from the value's name, not from the record's own member.
-                ZETFallbackSettings record;
-                const ser_wstring network(removeCaseBitmap(value.GetName()));
-                if (readRecord(ownerKey, value.GetName(), record))
-                    entry.networks[network] = record;
+                ser_wstring network(removeCaseBitmap(value.GetName()));
+                fileRecord(ownerKey, value.GetName(), std::move(network), entry);
             }
         }
     } catch (CRegistryKey::Exception&) {

@@ -10,9 +10,22 @@
 #define ZETSETTINGS_SERIAL_ZETUTF16_H
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
+#include <type_traits>
 
 namespace ZETUtf16 {
+
+// Code units of one character: 2 where wchar_t holds a character beyond U+FFFF whole, else 1.
+// Inline, since name codecs ask it for every character they touch.
+inline std::size_t unitsOfCharacter(wchar_t character)
+{
+    if (sizeof(wchar_t) == 2)
+        return 1;
+    // Widened first, so that the test compiles without a warning where wchar_t is 16 bits.
+    const uint32_t code = static_cast<std::make_unsigned<wchar_t>::type>(character);
+    return (code > 0xFFFF && code <= 0x10FFFF) ? 2 : 1;
+}
 
 // Number of UTF-16 code units that the text becomes.
 std::size_t unitCount(const wchar_t* text, std::size_t length);

@@ -5,7 +5,7 @@
 #include "zetsettings/ZETSettings.h"
 
 #include <cstddef>
-#include <vector>
+#include <stdexcept>
 
 #include "zetsettings/serial/ZETUtf16.h"
 
@@ -24,10 +24,9 @@ bool isAsciiSmall(wchar_t character)
     return character >= L'a' && character <= L'z';
 }
 
-// Two where wchar_t holds a character beyond U+FFFF whole, else one.
 std::size_t unitsOf(wchar_t character)
 {
-    return ZETUtf16::unitCount(&character, 1);
+    return ZETUtf16::unitsOfCharacter(character);
 }
 
 wchar_t hexDigit(unsigned value)
@@ -47,23 +46,35 @@ unsigned digitValue(wchar_t digit)
     return 0;
 }
 
-// The value of each UTF-16 code unit of the digits. A character beyond U+FFFF is two units,
-// neither of them a digit, so a foreign name has the same number of digits on every platform.
-std::vector<unsigned> digitUnits(const std::wstring& digits)
-{
-    std::vector<unsigned> values;
-    values.reserve(digits.size());
-    for (wchar_t digit : digits)
-        values.insert(values.end(), unitsOf(digit), digitValue(digit));
-    return values;
-}
+// The digits behind the last "_", read in step with the name's code units. Each digit counts
+// as many code units as it has itself: a character beyond U+FFFF is two units, neither of them
+// a digit, so a foreign name has the same number of digits on every platform. Units are asked
+// for in ascending order, so the digits are walked once and nothing is copied.
+class CaseDigits {
+public:
+    CaseDigits(const wchar_t* begin, const wchar_t* end) : m_next(begin), m_end(end) {}
 
-// The bit of one code unit; at() throws std::out_of_range where the digits run out.
-bool isCapitalUnit(const std::vector<unsigned>& digits, std::size_t unit)
-{
-    const unsigned value = digits.at(unit / kUnitsPerDigit);
-    return (value >> (kUnitsPerDigit - 1 - unit % kUnitsPerDigit)) & 1u;
-}
+    // The bit of the name's code unit number `unit`; throws std::out_of_range where the
+    // digits run out, before any name is handed back.
+    bool isCapital(std::size_t unit)
+    {
+        const std::size_t digit = unit / kUnitsPerDigit;
+        while (m_unitsRead <= digit) {
+            if (m_next == m_end)
+                throw std::out_of_range("removeCaseBitmap: too few case digits");
+            m_value = digitValue(*m_next);
+            m_unitsRead += unitsOf(*m_next);
+            ++m_next;
+        }
+        return (m_value >> (kUnitsPerDigit - 1 - unit % kUnitsPerDigit)) & 1u;
+    }
+
+private:
+    const wchar_t* m_next;
+    const wchar_t* m_end;
+    std::size_t m_unitsRead = 0;
+    unsigned m_value = 0;
+};
 
 wchar_t withAsciiCase(wchar_t character, bool capital)
 {
@@ -111,15 +122,15 @@ std::wstring ZETSettings::removeCaseBitmap(const std::wstring& valueName)
     if (separator == std::wstring::npos)
         return std::wstring();
     // The digits never hold a "_": underscores of the name itself stand before the last one.
-    std::wstring networkName = valueName.substr(0, separator);
-    const std::vector<unsigned> digits = digitUnits(valueName.substr(separator + 1));
+    std::wstring networkName(valueName, 0, separator);
+    CaseDigits digits(valueName.data() + separator + 1, valueName.data() + valueName.size());
 
     std::size_t unit = 0;
     for (wchar_t& character : networkName) {
         // The bitmap decides, not the letters: the name's own case is thrown away.
         bool capital = false;
         for (std::size_t k = unitsOf(character); k > 0; --k)
-            capital = isCapitalUnit(digits, unit++);
+            capital = digits.isCapital(unit++);
         character = withAsciiCase(character, capital);
     }
     return networkName;

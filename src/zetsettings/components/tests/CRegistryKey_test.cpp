@@ -71,6 +71,18 @@ TEST_F(CRegistryKeyTest, ValuesComeBackWithTheirTypeNamesMatchInAnyCaseAndOtherT
     ASSERT_EQ(sizeof(raw), length);
     EXPECT_EQ(0, std::memcmp(raw, bytes, length));
     std::free(bytes);
+    // Beyond the first guess of the read, and nothing at all: both come back whole.
+    const std::basic_string<BYTE> large(5000, 0xA5);
+    key.SetValue(L"Large", large.data(), static_cast<DWORD>(large.size()));
+    key.SetValue(L"Empty", raw, 0);
+    key.QueryValue(L"large", &bytes, length);
+    EXPECT_EQ(large, std::basic_string<BYTE>(bytes, length));
+    std::free(bytes);
+    bytes = nullptr;
+    key.QueryValue(L"empty", &bytes, length);
+    EXPECT_NE(nullptr, bytes);
+    EXPECT_EQ(0u, length);
+    std::free(bytes);
 
     CRegistryKey::Value value = key.QueryValue(L"Name");
     EXPECT_EQ(static_cast<DWORD>(REG_SZ), value.Type());
@@ -111,7 +123,8 @@ TEST_F(CRegistryKeyTest, IterationVisitsEverySubkeyAndValueOnceWithItsCase)
     const std::multiset<std::wstring> subkeys = {L"Alpha", L"beta", L"GAMMA", L"Lab_Net1"};
     for (const auto& name : subkeys)
         key.CreateOrOpenKeyEx(name.c_str(), 0, L"", 0, KEY_ALL_ACCESS).SetValue(L"Inside", L"x", REG_SZ);
-    const std::multiset<std::wstring> values = {L"One", L"two", L"Home_8", L"home_0"};
+    // A name longer than most, which a walk must still deliver whole.
+    const std::multiset<std::wstring> values = {L"One", L"two", L"Home_8", L"home_0", std::wstring(300, L'v')};
     for (const auto& name : values)
         key.SetValue(name.c_str(), static_cast<DWORD>(1), REG_DWORD);
 

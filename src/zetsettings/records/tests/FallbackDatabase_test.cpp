@@ -119,6 +119,25 @@ TEST_F(FallbackDatabaseTest, ForeignValuesAreReadAsTheyStandAndNeverDeleted)
     EXPECT_FALSE(readRaw(kDatabase + L"\\owner", L"lost_0", ignored));
 }
 
+// Records are read straight into the map: a network met again through another value name must
+// get a fresh record, not the rest of the earlier one.
+TEST_F(FallbackDatabaseTest, ANetworkMetTwiceKeepsTheLaterRecordWholeAndAnEmptyValueFilesDefaults)
+{
+    ZETSettings::setFallbackSettings(record(L"owner", L"mine", "mine"));
+    writeRaw(kDatabase + L"\\owner", L"abc_8", plainForm(*record(L"o", L"first", "first", "first")));
+    const std::string later = plainForm(*record(L"o", L"n", "later", "later"));
+    writeRaw(kDatabase + L"\\owner", L"abc_80", later.substr(0, 12));
+    writeRaw(kDatabase + L"\\owner", L"empty_00", "");
+
+    const auto twice = ZETSettings::getFallbackSettings(L"owner", L"Abc");
+    ASSERT_TRUE(twice);
+    EXPECT_EQ(plainForm(*record(L"o", L"n")), plainForm(*twice));
+    const auto empty = ZETSettings::getFallbackSettings(L"owner", L"empty");
+    ASSERT_TRUE(empty);
+    EXPECT_EQ(plainForm(ZETFallbackSettings()), plainForm(*empty));
+    EXPECT_EQ("mine", bytes1Of(L"owner", L"mine"));
+}
+
 TEST_F(FallbackDatabaseTest, AnEmptyOwnerOrNetworkLosesNoOtherRecord)
 {
     ZETSettings::setFallbackSettings(record(L"owner", L"net", "kept"));
