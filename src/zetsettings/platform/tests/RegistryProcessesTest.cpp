@@ -213,6 +213,10 @@ TEST_F(RegistryProcesses, AValueReadAgainIsWhatAnotherProcessLeftThere)
         ASSERT_EQ(ERROR_SUCCESS, getDword(key.get(), L"NUMBER", number));
         ASSERT_EQ(1u, number);
     }
+    // Names that only begin or end like the one just read are other names.
+    EXPECT_EQ(ERROR_FILE_NOT_FOUND, getDword(key.get(), L"Numbe", number));
+    ASSERT_EQ(ERROR_SUCCESS, getDword(key.get(), L"number", number));
+    EXPECT_EQ(ERROR_FILE_NOT_FOUND, getDword(key.get(), L"Numbers", number));
     EXPECT_EQ(0, ChildProcess("registry_change_number", {"set", "Number", "2"}).wait());
     EXPECT_EQ(ERROR_SUCCESS, getDword(key.get(), L"Number", number));
     EXPECT_EQ(2u, number);

@@ -194,10 +194,10 @@ LONG queryValue(HKEY hKey, LPCWSTR valueName, LPDWORD reserved, LPDWORD type, LP
         return status;
     if (!key.allows(KEY_QUERY_VALUE))
         return ERROR_ACCESS_DENIED;
-    const FoldedValueName folded(valueName);
     ValueRecordView remembered;
-    if (ValueMemo::find(*key.store, key.id, folded.view(), remembered))
+    if (ValueMemo::find(*key.store, key.id, valueName, remembered))
         return ValueOutput::deliver(remembered, type, data, size);
+    const FoldedValueName folded(valueName);
     const InOutCount capacity(size);
     return key.store->read([&](ReadTransaction& snapshot) -> LONG {
         capacity.restore();
@@ -206,7 +206,7 @@ LONG queryValue(HKEY hKey, LPCWSTR valueName, LPDWORD reserved, LPDWORD type, LP
         if (!tree.findValueRecord(key.id, folded.view(), record))
             return missingValueOrKey(tree, key.id, ERROR_FILE_NOT_FOUND);
         const ValueRecordView value = ValueRecordView::parse(record);
-        ValueMemo::remember(*key.store, key.id, folded.view(), record, snapshot.snapshotId());
+        ValueMemo::remember(*key.store, key.id, record, snapshot.snapshotId());
         return ValueOutput::deliver(value, type, data, size);
     });
 }

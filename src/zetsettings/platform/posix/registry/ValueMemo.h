@@ -16,8 +16,8 @@
 #include <lmdb.h>
 
 #include <cstdint>
-#include <string_view>
 
+#include "zetsettings/platform/posix/Win32Portable.h"
 #include "zetsettings/platform/posix/registry/Records.h"
 
 namespace zet {
@@ -28,14 +28,12 @@ class Store;
 
 class ValueMemo {
 public:
-    // The value `foldedName` of key `key`, if this thread read it in the state that `store` is
-    // in now; valid until this thread's next call here. Throws StoreFailure when the store is
-    // closed.
-    static bool find(Store& store, uint64_t key, std::u16string_view foldedName, ValueRecordView& value);
-    // A value record as read in the snapshot `snapshotId`; its name is folded here when the
-    // caller has no folded form at hand (enumeration).
-    static void remember(const Store& store, uint64_t key, std::u16string_view foldedName, const MDB_val& record,
-                         uint64_t snapshotId);
+    // The value `name` (as the caller spells it, in any case) of key `key`, if this thread read
+    // it in the state that `store` is in now; valid until this thread's next call here. The
+    // name is compared with the one the record carries, as the registry compares names, so a
+    // hit costs no folded copy of it. Throws StoreFailure when the store is closed.
+    static bool find(Store& store, uint64_t key, const WCHAR* name, ValueRecordView& value);
+    // A value record as read in the snapshot `snapshotId`.
     static void remember(const Store& store, uint64_t key, const MDB_val& record, uint64_t snapshotId);
 };
 
