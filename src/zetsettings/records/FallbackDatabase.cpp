@@ -4,13 +4,13 @@
 #include "zetsettings/ZETSettings.h"
 
 #include <cstdlib>
+#include <functional>
 #include <iterator>
 #include <tuple>
 #include <utility>
 
 #include "zetsettings/components/ZETMiscUtil.h"
 #include "zetsettings/components/ZETMutexGrabber.h"
-#include "zetsettings/records/CaseBlindLookup.h"
 #include "zetsettings/records/RecordNames.h"
 #include "zetsettings/store/MallocedPtr.h"
 
@@ -70,6 +70,41 @@ void fileRecord(const CRegistryKey& ownerKey, const std::wstring& valueName, ser
     record.deserialize(data, static_cast<int>(length));
 }
 
+// Reads the value as fileRecord does and lets it go: the record of an owner nobody asked for.
+void readAndDrop(const CRegistryKey& ownerKey, const std::wstring& valueName)
+{
+    BYTE* data = 0;
+    DWORD length = 0;
+    ownerKey.QueryValue(valueName.c_str(), &data, length);
+    std::free(data);
+}
+
+// The text as a ser_wstring, handed over rather than copied.
+ser_wstring adopted(std::wstring&& text)
+{
+    ser_wstring adopted;
+    adopted.swap(text);
+    return adopted;
+}
+
+// The walk of a load: every owner's subkey in the registry's order, and in each every value.
+// onOwner(name) comes before the owner's values are read, so an owner without values is met
+// too; onValue(ownerKey, valueName) follows for each value. A registry failure ends the walk,
+// keeping what was met before; anything else that onValue throws reaches the caller.
+template <class OnOwner, class OnValue>
+void walkDatabase(const CRegistryKey& database, OnOwner onOwner, OnValue onValue)
+{
+    try {
+        for (auto owner = database.BeginSubkeyIteration(); owner != database.EndSubkeyIteration(); ++owner) {
+            onOwner(owner.GetName());
+            const CRegistryKey ownerKey = owner.OpenKey(KEY_ALL_ACCESS);
+            for (auto value = ownerKey.BeginValueIteration(); value != ownerKey.EndValueIteration(); ++value)
+                onValue(ownerKey, value.GetName());
+        }
+    } catch (CRegistryKey::Exception&) {
+    }
+}
+
 // Writes one record; a record whose block can't be allocated is skipped, its old stored form
 // kept.
 void writeRecord(CRegistryKey& ownerKey, const std::wstring& valueName, const ZETFallbackSettings& record)
@@ -89,18 +124,18 @@ void ZETSettings::loadFallbackSettings(ZETOwnerToNetworkMap& map)
     ZETMutexGrabber grabber(sm_mutex, true);
     try {
         const CRegistryKey database = createOrOpen(getLocalMachineBase(), kFallbackDatabaseKey);
-        for (auto owner = database.BeginSubkeyIteration(); owner != database.EndSubkeyIteration(); ++owner) {
-            // The entry comes before any value is read, so an owner without records is kept.
-            bool created = false;
-            ZETNetworkToFallbackSettingsMap& entry = slotFor(map.owners, ser_wstring(owner.GetName()), created);
-            entry.owner = owner.GetName();
-            const CRegistryKey ownerKey = owner.OpenKey(KEY_ALL_ACCESS);
-            for (auto value = ownerKey.BeginValueIteration(); value != ownerKey.EndValueIteration(); ++value) {
+        ZETNetworkToFallbackSettingsMap* entry = nullptr;
+        walkDatabase(
+            database,
+            [&](const std::wstring& owner) {
+                bool created = false;
+                entry = &slotFor(map.owners, ser_wstring(owner), created);
+                entry->owner = owner;
+            },
+            [&](const CRegistryKey& ownerKey, const std::wstring& valueName) {
                 // The network comes from the value's name, not from the record's own member.
-                ser_wstring network(removeCaseBitmap(value.GetName()));
-                fileRecord(ownerKey, value.GetName(), std::move(network), entry);
-            }
-        }
+                fileRecord(ownerKey, valueName, adopted(removeCaseBitmap(valueName)), *entry);
+            });
     } catch (CRegistryKey::Exception&) {
     }
 }
@@ -142,18 +177,46 @@ void ZETSettings::setFallbackSettings(boost::shared_ptr<ZETFallbackSettings> set
 }
 
 // Reads the whole database for one record: the owner matches in any case, the network exactly.
+// Every value of every owner is read, as a load reads it, and gives the same failures; only the
+// records of the owner that the lookup of a loaded map would find (the first in map order whose
+// name matches) are decoded and filed, since no other record could be the answer.
 boost::shared_ptr<ZETFallbackSettings> ZETSettings::getFallbackSettings(const std::wstring& owner,
                                                                          const std::wstring& network)
 {
     ZETMutexGrabber grabber(sm_mutex, true);
     boost::shared_ptr<ZETFallbackSettings> result;
-    ZETOwnerToNetworkMap map;
-    loadFallbackSettings(map);
-    const auto ownerEntry = findCaseBlind(map.owners, owner);
-    if (ownerEntry == map.owners.end())
+    const std::wstring wanted = lowerCase(owner);
+    ZETNetworkToFallbackSettingsMap match;
+    bool matched = false;
+    bool filing = false;
+    try {
+        const CRegistryKey database = createOrOpen(getLocalMachineBase(), kFallbackDatabaseKey);
+        walkDatabase(
+            database,
+            [&](const std::wstring& name) {
+                filing = lowerCase(name) == wanted &&
+                         (!matched || std::less<ser_wstring>()(ser_wstring(name), match.owner));
+                if (filing) {
+                    match.networks.clear();
+                    match.owner = name;
+                    matched = true;
+                }
+            },
+            [&](const CRegistryKey& ownerKey, const std::wstring& valueName) {
+                // Decoded also when dropped: a name short of case digits fails this read as it
+                // fails a load.
+                ser_wstring network = adopted(removeCaseBitmap(valueName));
+                if (filing)
+                    fileRecord(ownerKey, valueName, std::move(network), match);
+                else
+                    readAndDrop(ownerKey, valueName);
+            });
+    } catch (CRegistryKey::Exception&) {
+    }
+    if (!matched)
         return result;
-    const auto record = ownerEntry->second.networks.find(ser_wstring(network));
-    if (record != ownerEntry->second.networks.end())
+    const auto record = match.networks.find(ser_wstring(network));
+    if (record != match.networks.end())
         result.reset(new ZETFallbackSettings(record->second));
     return result;
 }

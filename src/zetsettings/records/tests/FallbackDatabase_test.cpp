@@ -149,3 +149,27 @@ TEST_F(FallbackDatabaseTest, AnEmptyOwnerOrNetworkLosesNoOtherRecord)
 }
 
 }  // namespace
+
+// A lookup reads every owner's values, not only the asked owner's: what stops a load stops it
+// too, wherever in the database it sits, and another owner's record of the same network is
+// never the answer.
+TEST_F(FallbackDatabaseTest, OneRecordIsLookedUpInTheWholeDatabase)
+{
+    ZETSettings::setFallbackSettings(record(L"mine", L"net", "mine"));
+    ZETSettings::setFallbackSettings(record(L"aaa", L"net", "before"));
+    ZETSettings::setFallbackSettings(record(L"zzz", L"net", "after"));
+    EXPECT_EQ("mine", bytes1Of(L"MINE", L"net"));
+    EXPECT_EQ("<none>", bytes1Of(L"nobody", L"net"));
+    for (const std::wstring other : {L"aaa", L"zzz"}) {
+        const std::wstring path = kDatabase + L"\\" + other;
+        writeRaw(path, L"abcde_8", "");
+        EXPECT_THROW(ZETSettings::getFallbackSettings(L"mine", L"net"), std::out_of_range)
+            << std::string(other.begin(), other.end());
+        HKEY key = 0;
+        ASSERT_EQ(ERROR_SUCCESS, RegOpenKeyExW(HKEY_LOCAL_MACHINE, path.c_str(), 0, KEY_ALL_ACCESS, &key));
+        EXPECT_EQ(ERROR_SUCCESS, RegDeleteValueW(key, L"abcde_8"));
+        RegCloseKey(key);
+    }
+    EXPECT_EQ("mine", bytes1Of(L"mine", L"net"));
+    EXPECT_EQ("after", bytes1Of(L"ZZZ", L"net"));
+}
