@@ -150,15 +150,6 @@ void RegistryTree::deleteTree(uint64_t id, bool keepKey)
     }
 }
 
-bool RegistryTree::findValue(uint64_t key, std::u16string_view folded, ValueRecordView& value) const
-{
-    MDB_val data;
-    if (!findValueRecord(key, folded, data))
-        return false;
-    value = ValueRecordView::parse(data);
-    return true;
-}
-
 bool RegistryTree::findValueRecord(uint64_t key, std::u16string_view folded, MDB_val& record) const
 {
     return NameIndex(m_txn, m_dbi, RecordKeys::kValue).lookup(key, folded, record);

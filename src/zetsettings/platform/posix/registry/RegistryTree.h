@@ -37,8 +37,7 @@ public:
     // Everything below the key, and the key itself unless keepKey.
     void deleteTree(uint64_t id, bool keepKey);
 
-    bool findValue(uint64_t key, std::u16string_view folded, ValueRecordView& value) const;
-    // The same, giving the stored record itself.
+    // The stored record of the value; parse it with ValueRecordView.
     bool findValueRecord(uint64_t key, std::u16string_view folded, MDB_val& record) const;
     // The key must exist.
     void setValue(uint64_t key, const RegistryName& name, uint32_t type, const std::string& data);

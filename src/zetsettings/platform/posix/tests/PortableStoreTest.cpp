@@ -285,8 +285,9 @@ TEST_F(PortableStore, TextIsStoredAsLittleEndianUtf16)
     std::string stored;
     std::u16string name;
     store()->read([&](ReadTransaction& snapshot) {
-        ValueRecordView value;
-        if (RegistryTree(snapshot.txn(), snapshot.dbi()).findValue(id, CaseFolding::fold(u"T\u00cbXT"), value)) {
+        MDB_val record;
+        if (RegistryTree(snapshot.txn(), snapshot.dbi()).findValueRecord(id, CaseFolding::fold(u"T\u00cbXT"), record)) {
+            const ValueRecordView value = ValueRecordView::parse(record);
             stored.assign(reinterpret_cast<const char*>(value.data), value.size);
             name = value.named.name();
         }
