@@ -71,7 +71,7 @@ def main():
     native, floor, wine = medians(load(native_path)), medians(load(floor_path)), medians(load(wine_path))
     machine = load(machine_path) or {}
 
-    rows, grows, misses = [], {}, []
+    rows, grows, misses, commits_of = [], {}, [], {}
     for name in native:
         if not name.startswith("op/"):
             continue
@@ -87,6 +87,7 @@ def main():
         rows.append((operation, entries, mode, here, there, floor_ns, commits, native[name].get("error")))
         if mode == "1thread":
             grows.setdefault(operation, {})[entries] = (here, there)
+            commits_of[(operation, entries)] = commits
         # The targets, checked where they apply: reads make no commit.
         if mode == "1thread" and commits == 0:
             if there is not None and here is not None and there / here < 100:
@@ -98,6 +99,7 @@ def main():
         if mode == "1thread" and commits is not None and commits > 1:
             misses.append(f"`{operation}` n={entries}: {commits:g} commits per call")
 
+    misses += per_entry_misses(grows, commits_of)
     lines = ["# Performance", ""]
     lines += [
         "Every operation of `ZETSettings` and `ZETConfigParam::LoadFromRegistry`, natively on the portable",
@@ -173,6 +175,7 @@ def main():
             text += (f"; store files {c.get('store_bytes', 0) / 1024:.0f} KiB, grown by "
                      f"{c['store_growth_bytes'] / 1024:.0f} KiB after the first tenth")
         lines.append(text)
+    lines += per_entry_section(grows, commits_of)
     lines += ["", "## Cost against store size", "",
               "The operations whose time at the largest store is at least twice that at one entry.", "",
               "![cost against store size](performance.png)", ""]
@@ -180,6 +183,57 @@ def main():
     with open(out_md, "w") as handle:
         handle.write("\n".join(lines))
     plot(grows, out_png)
+
+
+def growing(grows):
+    """The operations measured at more than one size whose native time at the largest is at
+    least twice that at the smallest: {operation: {entries: (native ns, Wine ns)}}."""
+    result = {}
+    for operation, sizes in sorted(grows.items()):
+        measured = sorted(n for n in sizes if sizes[n][0])
+        if len(measured) > 1 and sizes[measured[-1]][0] >= 2 * sizes[measured[0]][0]:
+            result[operation] = sizes
+    return result
+
+
+def slope(sizes, index):
+    """What each entry adds between the two largest sizes measured, in ns; None without two."""
+    points = sorted((n, times[index]) for n, times in sizes.items() if times[index])
+    if len(points) < 2:
+        return None
+    (n1, t1), (n2, t2) = points[-2], points[-1]
+    return (t2 - t1) / (n2 - n1)
+
+
+def per_entry_misses(grows, commits_of):
+    misses = []
+    for operation, sizes in growing(grows).items():
+        largest = max(sizes)
+        if commits_of.get((operation, largest)) == 0 and sizes[largest][0] / largest > 1000:
+            misses.append(f"`{operation}` n={largest}: {human(sizes[largest][0] / largest)} per stored entry")
+    return misses
+
+
+def per_entry_section(grows, commits_of):
+    lines = ["", "## Cost per stored entry", "",
+             "The operations whose time grows with the store (at least twice the time at the largest store",
+             "as at the smallest): the time per call divided by the entries stored, and what each further",
+             "entry adds between the two largest stores. Target for the reads, which make no commit: 1 µs or",
+             "less per stored entry.", "",
+             "| operation | n | native per entry | native per further entry | Wine per entry | Wine per further entry |",
+             "|---|---:|---:|---:|---:|---:|"]
+    for operation, sizes in growing(grows).items():
+        further = (slope(sizes, 0), slope(sizes, 1))
+        for n in sorted(sizes):
+            if n == 1:
+                continue
+            here, there = sizes[n]
+            last = n == max(sizes)
+            lines.append(
+                f"| `{operation}` | {n} | {human(here / n if here else None)} | "
+                f"{human(further[0]) if last else ''} | {human(there / n if there else None)} | "
+                f"{human(further[1]) if last else ''} |")
+    return lines
 
 
 def plot(grows, out_png):
