@@ -175,7 +175,7 @@ def main():
             text += (f"; store files {c.get('store_bytes', 0) / 1024:.0f} KiB, grown by "
                      f"{c['store_growth_bytes'] / 1024:.0f} KiB after the first tenth")
         lines.append(text)
-    lines += per_entry_section(grows, commits_of)
+    lines += per_entry_section(grows)
     lines += ["", "## Cost against store size", "",
               "The operations whose time at the largest store is at least twice that at one entry.", "",
               "![cost against store size](performance.png)", ""]
@@ -214,7 +214,7 @@ def per_entry_misses(grows, commits_of):
     return misses
 
 
-def per_entry_section(grows, commits_of):
+def per_entry_section(grows):
     lines = ["", "## Cost per stored entry", "",
              "The operations whose time grows with the store (at least twice the time at the largest store",
              "as at the smallest): the time per call divided by the entries stored, and what each further",

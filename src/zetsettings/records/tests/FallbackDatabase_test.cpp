@@ -148,8 +148,6 @@ TEST_F(FallbackDatabaseTest, AnEmptyOwnerOrNetworkLosesNoOtherRecord)
     EXPECT_EQ("empty network", bytes1Of(L"owner", L""));
 }
 
-}  // namespace
-
 // A lookup reads every owner's values, not only the asked owner's: what stops a load stops it
 // too, wherever in the database it sits, and another owner's record of the same network is
 // never the answer.
@@ -160,11 +158,10 @@ TEST_F(FallbackDatabaseTest, OneRecordIsLookedUpInTheWholeDatabase)
     ZETSettings::setFallbackSettings(record(L"zzz", L"net", "after"));
     EXPECT_EQ("mine", bytes1Of(L"MINE", L"net"));
     EXPECT_EQ("<none>", bytes1Of(L"nobody", L"net"));
-    for (const std::wstring other : {L"aaa", L"zzz"}) {
+    for (const wchar_t* other : {L"aaa", L"zzz"}) {
         const std::wstring path = kDatabase + L"\\" + other;
         writeRaw(path, L"abcde_8", "");
-        EXPECT_THROW(ZETSettings::getFallbackSettings(L"mine", L"net"), std::out_of_range)
-            << std::string(other.begin(), other.end());
+        EXPECT_THROW(ZETSettings::getFallbackSettings(L"mine", L"net"), std::out_of_range) << other;
         HKEY key = 0;
         ASSERT_EQ(ERROR_SUCCESS, RegOpenKeyExW(HKEY_LOCAL_MACHINE, path.c_str(), 0, KEY_ALL_ACCESS, &key));
         EXPECT_EQ(ERROR_SUCCESS, RegDeleteValueW(key, L"abcde_8"));
@@ -173,3 +170,5 @@ TEST_F(FallbackDatabaseTest, OneRecordIsLookedUpInTheWholeDatabase)
     EXPECT_EQ("mine", bytes1Of(L"mine", L"net"));
     EXPECT_EQ("after", bytes1Of(L"ZZZ", L"net"));
 }
+
+}  // namespace
