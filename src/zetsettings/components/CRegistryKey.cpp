@@ -51,6 +51,33 @@ void* allocateOrThrow(std::size_t size)
     return block;
 }
 
+const DWORD kFirstGuess = 512;
+
+// Reads a value of any length. Most values fit the first guess on the stack, and then one call
+// reads them. A longer value reports its size, which may grow again before the next call when
+// another process writes: it is asked for again into a buffer from buffer(capacity), as often
+// as it takes. Returns where the bytes are, the guess or the last buffer; size is their length.
+// Throws on any failure.
+template <class Buffer>
+const BYTE* queryAnyLength(HKEY key, const wchar_t* name, DWORD& type, BYTE (&guess)[kFirstGuess], DWORD& size,
+                           Buffer buffer)
+{
+    size = kFirstGuess;
+    LSTATUS status = RegQueryValueExW(key, name, 0, &type, guess, &size);
+    if (status == ERROR_SUCCESS)
+        return guess;
+    BYTE* bytes = nullptr;
+    DWORD capacity = kFirstGuess;
+    while (status == ERROR_MORE_DATA) {
+        capacity = std::max<DWORD>(size, capacity * 2);
+        bytes = buffer(capacity);
+        size = capacity;
+        status = RegQueryValueExW(key, name, 0, &type, bytes, &size);
+    }
+    check(status, L"RegQueryValueExW");
+    return bytes;
+}
+
 }  // namespace
 
 CRegistryKey::Exception::Exception(const std::wstring& where, DWORD error) : CWin32Exception(where, error) {}
@@ -218,49 +245,33 @@ bool CRegistryKey::HasSubkey(const wchar_t* subKey, REGSAM access) const
 
 void CRegistryKey::Read(const wchar_t* name, DWORD& type, std::basic_string<BYTE>& data) const
 {
-    // Most values fit a first guess on the stack, and then one call reads them.
-    BYTE guess[512];
-    DWORD size = sizeof(guess);
-    LSTATUS status = RegQueryValueExW(m_key, name, 0, &type, guess, &size);
-    if (status == ERROR_SUCCESS) {
-        data.assign(guess, size);
-        return;
-    }
-    // A longer value reports its size, which may grow again before the next call when another
-    // process writes: ask again.
-    DWORD capacity = sizeof(guess);
-    while (status == ERROR_MORE_DATA) {
-        capacity = std::max<DWORD>(size, capacity * 2);
+    BYTE guess[kFirstGuess];
+    DWORD size = 0;
+    const BYTE* bytes = queryAnyLength(m_key, name, type, guess, size, [&](DWORD capacity) {
         data.resize(capacity);
-        size = capacity;
-        status = RegQueryValueExW(m_key, name, 0, &type, &data[0], &size);
-    }
-    check(status, L"RegQueryValueExW");
-    data.resize(size);
+        return &data[0];
+    });
+    if (bytes == guess)
+        data.assign(guess, size);
+    else
+        data.resize(size);
 }
 
 BYTE* CRegistryKey::ReadBlock(const wchar_t* name, DWORD& size) const
 {
-    // The same first guess as Read, but the bytes go straight into the block handed out, so
-    // that a value costs one allocation, not a string and a copy of it.
-    BYTE guess[512];
+    // The bytes go straight into the block handed out, so that a value costs one allocation,
+    // not a string and a copy of it.
+    BYTE guess[kFirstGuess];
     DWORD type = REG_NONE;
-    size = sizeof(guess);
-    LSTATUS status = RegQueryValueExW(m_key, name, 0, &type, guess, &size);
-    if (status == ERROR_SUCCESS) {
-        BYTE* block = static_cast<BYTE*>(allocateOrThrow(size));
-        std::memcpy(block, guess, size);
-        return block;
-    }
     std::unique_ptr<BYTE, FreeBlock> block;
-    DWORD capacity = sizeof(guess);
-    while (status == ERROR_MORE_DATA) {
-        capacity = std::max<DWORD>(size, capacity * 2);
+    const BYTE* bytes = queryAnyLength(m_key, name, type, guess, size, [&](DWORD capacity) {
         block.reset(static_cast<BYTE*>(allocateOrThrow(capacity)));
-        size = capacity;
-        status = RegQueryValueExW(m_key, name, 0, &type, block.get(), &size);
+        return block.get();
+    });
+    if (bytes == guess) {
+        block.reset(static_cast<BYTE*>(allocateOrThrow(size)));
+        std::memcpy(block.get(), guess, size);
     }
-    check(status, L"RegQueryValueExW");
     return block.release();
 }
 
