@@ -22,3 +22,14 @@ write_basic_package_version_file(${CMAKE_CURRENT_BINARY_DIR}/zetsettingsConfigVe
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/zetsettingsConfig.cmake
   ${CMAKE_CURRENT_BINARY_DIR}/zetsettingsConfigVersion.cmake
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/zetsettings)
+
+# pkg-config, for programs built without CMake. The prefix is found from the file's own place,
+# so an installed tree can move; outside the system's library folders, Libs carries a run path.
+file(RELATIVE_PATH ZET_PC_TO_PREFIX ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
+string(REGEX REPLACE "/$" "" ZET_PC_TO_PREFIX "${ZET_PC_TO_PREFIX}")
+set(ZET_PC_RPATH "")
+if(NOT WIN32 AND NOT CMAKE_INSTALL_PREFIX MATCHES "^/usr/?$")
+  set(ZET_PC_RPATH " -Wl,-rpath,\${libdir}")
+endif()
+configure_file(${PROJECT_SOURCE_DIR}/cmake/zetsettings.pc.in ${CMAKE_CURRENT_BINARY_DIR}/zetsettings.pc @ONLY)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/zetsettings.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
