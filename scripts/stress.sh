@@ -18,19 +18,24 @@ seconds=${STRESS_SECONDS:-60}
 errnos=${FAULT_ERRNOS:-EIO,EACCES}
 jobs=${JOBS:-$(nproc)}
 
-cmake -S . -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
+cmake -S . -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DZETSETTINGS_BUILD_TESTS=ON >/dev/null
 cmake --build "$build" --target zetsettings_stress -j"$jobs"
 stress="$build/tests/stress/zetsettings_stress"
 
 # Outer bounds far above a normal run: the program bounds every wait of its own, these only
-# catch the program itself hanging.
-echo "== crash test: $kills kills"
-timeout --kill-after=10 $((kills * 2 + 300)) "$stress" crash --kills "$kills"
-echo "== contention test: $seconds s"
-timeout --kill-after=10 $((seconds + 600)) "$stress" contention --seconds "$seconds"
-echo "== fault test: the N-th file call fails with $errnos, once and from then on"
-timeout --kill-after=10 600 "$stress" fault --errnos "$errnos"
-echo "== full disk, a store folder that can't be made, a key that can't be read"
-timeout --kill-after=10 120 "$stress" full-disk
-timeout --kill-after=10 120 "$stress" unmade-store
-timeout --kill-after=10 120 "$stress" unreadable-key
+# catch the program itself hanging. Every part runs; the last line counts them.
+passed=0 failed=0
+part() {
+  local title=$1 bound=$2; shift 2
+  echo "== $title"
+  if timeout --kill-after=10 "$bound" "$stress" "$@"; then passed=$((passed + 1))
+  else failed=$((failed + 1)); echo "== FAILED: $title" >&2; fi
+}
+part "crash test: $kills kills" $((kills * 2 + 300)) crash --kills "$kills"
+part "contention test: $seconds s" $((seconds + 600)) contention --seconds "$seconds"
+part "fault test: the N-th file call fails with $errnos, once and from then on" 600 fault --errnos "$errnos"
+part "full disk" 120 full-disk
+part "a store folder that can't be made" 120 unmade-store
+part "a key that can't be read" 120 unreadable-key
+echo "stress: $passed passed, $failed failed"
+[ "$failed" -eq 0 ]

@@ -5,7 +5,7 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 
 cmake -S . -B build-mingw -DCMAKE_TOOLCHAIN_FILE=cmake/toolchains/mingw-w64-x86_64.cmake \
-  -DZETSETTINGS_BUILD_TOOLS=OFF -DZETSETTINGS_BUILD_BENCHMARKS=OFF
+  -DZETSETTINGS_BUILD_TOOLS=OFF -DZETSETTINGS_BUILD_BENCHMARKS=OFF -DZETSETTINGS_BUILD_TESTS=ON
 cmake --build build-mingw -j"$(nproc)"
 
 prefix=$(mktemp -d /tmp/zetsettings-wine-XXXXXX)
