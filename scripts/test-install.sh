@@ -15,9 +15,9 @@ clone="$work/clone" prefix="$work/prefix"
 passed=0 failed=0
 check() {
   local name=$1; shift
-  echo "-- $name"
-  if "$@"; then passed=$((passed + 1)); echo "-- ok: $name"
-  else failed=$((failed + 1)); echo "-- FAILED: $name" >&2; fi
+  echo "== check: $name"
+  if "$@"; then passed=$((passed + 1)); echo "== ok: $name"
+  else failed=$((failed + 1)); echo "== FAILED: $name" >&2; fi
 }
 
 fresh_clone() { git clone -q "$root" "$clone"; }
