@@ -595,8 +595,11 @@ bool fileExists(const std::string& name)
 // "/dev/stdout" and the like: the data goes to standard output and nothing else may.
 bool isStandardOutput(const std::string& fileName)
 {
+    for (const char* name : {"-", "/dev/stdout", "/dev/fd/1", "/proc/self/fd/1"})
+        if (fileName == name)
+            return true;
     std::error_code error;
-    return fileName == "-" || std::filesystem::equivalent(fileName, "/dev/stdout", error);
+    return std::filesystem::equivalent(fileName, "/dev/stdout", error);
 }
 
 void warnOfEncryptedValues(const KeyPath& path, const KeyTree& tree, Console& console)
@@ -651,6 +654,18 @@ int regExport(const RegWords& words, Console& console)
     return 0;
 }
 
+// This registry keeps text in whole UTF-16 units where wchar_t is wider: half a unit would be lost.
+void checkStorable(const zetreg::RegFileKey& key, const RegFileValue& value)
+{
+    if (sizeof(wchar_t) == 2 || value.remove || !zetreg::isTextType(value.type) || value.data.size() % 2 == 0)
+        return;
+    throw zetreg::RegFileError(key.line, "the value " + valueLabel(value) + " of [" + zetreg::wideToUtf8(key.path) +
+                                             "] is text (type " + std::to_string(value.type) + ") of " +
+                                             std::to_string(value.data.size()) +
+                                             " bytes; this registry keeps text in whole UTF-16 units and would "
+                                             "lose the last byte");
+}
+
 // Every key path of the file, checked before anything is applied.
 std::vector<KeyPath> keyPathsOf(const zetreg::RegFile& file)
 {
@@ -661,6 +676,8 @@ std::vector<KeyPath> keyPathsOf(const zetreg::RegFile& file)
             throw zetreg::RegFileError(key.line, "the key name " + zetreg::wideToUtf8(key.path) + " is not valid");
         if (key.remove && path.subPath.empty())
             throw zetreg::RegFileError(key.line, "a root key can't be removed");
+        for (const RegFileValue& value : key.values)
+            checkStorable(key, value);
         paths.push_back(path);
     }
     return paths;
