@@ -210,6 +210,13 @@ RegFileValue valueNamed(const RegWords& words)
     return value;
 }
 
+// reg.exe's word of success; with --json the exit status alone says it.
+void succeeded(Console& console)
+{
+    if (!console.json)
+        console.out << kSuccess;
+}
+
 // Opens a key that must exist; says why not (missing, or a store that can't be used) and gives false.
 bool openExisting(const KeyPath& path, REGSAM access, OpenKey& key, Console& console)
 {
@@ -517,7 +524,7 @@ int regAdd(const RegWords& words, Console& console)
         if (words.has("t") || words.has("d") || words.has("s"))
             throw RegSyntaxError();
         createKey(path);
-        console.out << kSuccess;
+        succeeded(console);
         return 0;
     }
     const RegFileValue value = valueToAdd(words);
@@ -529,7 +536,7 @@ int regAdd(const RegWords& words, Console& console)
         return 0;
     }
     writeValue(key.get(), value);
-    console.out << kSuccess;
+    succeeded(console);
     return 0;
 }
 
@@ -580,7 +587,7 @@ int regDelete(const RegWords& words, Console& console)
         }
         deleteTree(path);
     }
-    console.out << kSuccess;
+    succeeded(console);
     return 0;
 }
 
@@ -650,7 +657,7 @@ int regExport(const RegWords& words, Console& console)
                     << ". There may be a disk or file system error.\n";
         return kRegFailure;
     }
-    console.out << kSuccess;
+    succeeded(console);
     return 0;
 }
 
@@ -726,6 +733,18 @@ std::string summaryOf(const ImportCount& count)
            " key(s) deleted";
 }
 
+Node countNode(const ImportCount& count, bool dryRun)
+{
+    return Node::record()
+        .add("dryRun", Node::boolean(dryRun))
+        .add("keys", Node::number(count.keys))
+        .add("valuesSet", Node::number(count.valuesSet))
+        .add("valuesDeleted", Node::number(count.valuesDeleted))
+        .add("keysDeleted", Node::number(count.keysDeleted))
+        .add("encryptedValues", Node::number(count.encrypted.total))
+        .add("encryptedValuesNotOpening", Node::number(count.encrypted.unopenable));
+}
+
 void reportEncrypted(const EncryptedCount& count, Console& console)
 {
     if (count.unopenable == 0)
@@ -733,6 +752,18 @@ void reportEncrypted(const EncryptedCount& count, Console& console)
     console.err << "WARNING: " << count.unopenable << " of " << count.total
                 << " encrypted value(s) do not open with this machine's key: their secrets read as lost"
                    " until the key they were made with is restored (zetsettings store restore).\n";
+}
+
+void reportCount(const ImportCount& count, bool dryRun, const std::string& fileName, Console& console)
+{
+    if (console.json)
+        printNode(console.out, countNode(count, dryRun), true);
+    else if (dryRun)
+        console.out << fileName << " is valid; importing it would write " << summaryOf(count)
+                    << ". Nothing was written (--dry-run).\n";
+    else
+        console.out << "Imported " << summaryOf(count) << ".\n" << kSuccess;
+    reportEncrypted(count.encrypted, console);
 }
 
 void apply(const zetreg::RegFile& file, const std::vector<KeyPath>& paths, ChangeSet& changes)
@@ -791,9 +822,7 @@ int regImport(const RegWords& words, Console& console)
     }
     const ImportCount count = countOf(file, paths);
     if (dryRun) {
-        console.out << fileName << " is valid; importing it would write " << summaryOf(count)
-                    << ". Nothing was written (--dry-run).\n";
-        reportEncrypted(count.encrypted, console);
+        reportCount(count, true, fileName, console);
         return 0;
     }
     ChangeSet changes;
@@ -805,8 +834,7 @@ int regImport(const RegWords& words, Console& console)
                     << (undone ? " Nothing was imported.\n" : " The changes made so far could not all be undone.\n");
         return kRegFailure;
     }
-    console.out << "Imported " << summaryOf(count) << ".\n" << kSuccess;
-    reportEncrypted(count.encrypted, console);
+    reportCount(count, false, fileName, console);
     return 0;
 }
 
