@@ -119,6 +119,8 @@ int runChooser(Args& args, Console& console)
     if (action == "stop") {
         args.finish();
         ZETSettings::stopChooserAutoAssociate();
+        if (ZETSettings::getChooserPreferredNets()->position != 0)
+            throw CommandError("the walk was not stopped: the registry refused the write");
         return kExitSuccess;
     }
     if (action == "front")
