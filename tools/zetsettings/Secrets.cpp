@@ -29,6 +29,13 @@ std::wstring basePath() { return zet::paths::kBaseKey; }
 
 std::wstring networksPath() { return basePath() + L"\\" + zet::paths::kNetworkSettingsKey; }
 
+KeyPath localMachine(const std::wstring& subPath)
+{
+    KeyPath path;
+    parseKeyPath(L"HKEY_LOCAL_MACHINE\\" + subPath, path);
+    return path;
+}
+
 bool isMachineKey(const KeyPath& path, const std::wstring& subPath)
 {
     return path.root == HKEY_LOCAL_MACHINE && sameIgnoringCase(path.subPath, subPath);
@@ -61,12 +68,8 @@ void countIn(const KeyPath& path, const KeyTree& tree, EncryptedCount& count)
 // The data of a value on the base key; false when it is not there.
 bool readBaseValue(const wchar_t* valueName, std::string& data)
 {
-    KeyPath base;
-    base.root = HKEY_LOCAL_MACHINE;
-    base.rootName = L"HKEY_LOCAL_MACHINE";
-    base.subPath = basePath();
     OpenKey key;
-    if (openKey(base, KEY_READ, key) != ERROR_SUCCESS)
+    if (openKey(localMachine(basePath()), KEY_READ, key) != ERROR_SUCCESS)
         return false;
     zetreg::RegFileValue name, value;
     name.name = valueName;
@@ -137,10 +140,7 @@ void requireStoredValueOpens(const wchar_t* valueName, const std::string& what)
 
 void requireProfileSecretOpens(const std::wstring& network, const std::string& secretRead)
 {
-    KeyPath networks;
-    networks.root = HKEY_LOCAL_MACHINE;
-    networks.rootName = L"HKEY_LOCAL_MACHINE";
-    networks.subPath = networksPath();
+    const KeyPath networks = localMachine(networksPath());
     OpenKey key;
     if (openKey(networks, KEY_READ, key) != ERROR_SUCCESS)
         return;

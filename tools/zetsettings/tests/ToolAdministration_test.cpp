@@ -190,7 +190,9 @@ TEST_F(ToolAdministration, EachOutcomeHasOneExitStatus)
     for (const char* family : {"configurator", "raseap"}) {
         const std::string help = runTool({family, "--help"}).out;
         for (const std::string getter : {"get-int", "get-str"}) {
-            const bool offered = contains(help, getter + " NAME --default");
+            const std::size_t line = help.find(getter + " NAME");
+            const bool offered = line != std::string::npos &&
+                                 contains(help.substr(line, help.find('\n', line) - line), "--default");
             const ToolResult result = runTool({family, getter, "x", "--default", "1"});
             EXPECT_EQ(offered, result.status == 0) << family << " " << getter << ": " << result.err;
         }
