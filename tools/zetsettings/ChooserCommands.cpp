@@ -56,11 +56,23 @@ int next(Args& args, Console& console)
     return kExitSuccess;
 }
 
+const std::size_t kMacLength = 6;
+
+bool hasEntry(const std::wstring& name)
+{
+    for (const ZETPreferredNetEntry& entry : ZETSettings::getChooserPreferredNets()->entries)
+        if (entry.netName == name)
+            return true;
+    return false;
+}
+
 int front(Args& args)
 {
     ZETPreferredNetEntry entry;
     if (const std::optional<std::string> mac = args.option("--mac")) {
         const std::string bytes = parseHexBytes(*mac, "--mac");
+        if (bytes.size() != kMacLength)
+            throw UsageError("--mac must be a MAC address of 6 bytes, not " + std::to_string(bytes.size()));
         entry.macAddress.assign(bytes.data(), bytes.size());
     }
     const std::pair<const char*, TSerVar<unsigned char>*> bytes[] = {{"--flag", &entry.entryFlag},
@@ -73,6 +85,9 @@ int front(Args& args)
     entry.netName = nonEmptyName(args, "the network's name");
     args.finish();
     ZETSettings::moveChooserPreferredNetToFront(entry);
+    const boost::shared_ptr<ZETPreferredNetworks> stored = ZETSettings::getChooserPreferredNets();
+    if (stored->entries.empty() || stored->entries.front().netName != entry.netName)
+        throw CommandError("the entry was not stored: the registry refused the write");
     return kExitSuccess;
 }
 
@@ -83,7 +98,10 @@ int runChooser(Args& args, Console& console)
         const std::optional<std::string> state = args.nextIfAny();
         args.finish();
         if (state) {
-            ZETSettings::setChooserActive(parseSwitch(*state, "the state"));
+            const bool wanted = parseSwitch(*state, "the state");
+            ZETSettings::setChooserActive(wanted);
+            if (ZETSettings::isChooserActive() != wanted)
+                throw CommandError("the flag was not stored: the registry refused the write");
             return kExitSuccess;
         }
         const bool active = ZETSettings::isChooserActive();
@@ -101,6 +119,8 @@ int runChooser(Args& args, Console& console)
     if (action == "stop") {
         args.finish();
         ZETSettings::stopChooserAutoAssociate();
+        if (ZETSettings::getChooserPreferredNets()->position != 0)
+            throw CommandError("the walk was not stopped: the registry refused the write");
         return kExitSuccess;
     }
     if (action == "front")
@@ -108,7 +128,11 @@ int runChooser(Args& args, Console& console)
     if (action == "delete") {
         const std::wstring name = nonEmptyName(args, "the network's name");
         args.finish();
+        if (!hasEntry(name))
+            throw CommandError("no entry for the network \"" + zetreg::wideToUtf8(name) + "\" in the list");
         ZETSettings::deleteChooserPreferredNet(name);
+        if (hasEntry(name))
+            throw CommandError("the entry was not removed: the registry refused the write");
         return kExitSuccess;
     }
     throw UsageError("unknown action " + action);
@@ -120,7 +144,7 @@ std::string chooserHelp()
            "       zetsettings chooser list\n"
            "       zetsettings chooser next [--first]\n"
            "       zetsettings chooser stop\n"
-           "       zetsettings chooser front NAME [--mac HEX] [--flag N] [--match-kind N]\n"
+           "       zetsettings chooser front NAME [--mac HEX6] [--flag N] [--match-kind N]\n"
            "                                      [--match1 N] [--match2 N]\n"
            "       zetsettings chooser delete NAME\n"
            "\n"
@@ -133,7 +157,9 @@ std::string chooserHelp()
            "  front    puts the entry first, dropping the entries that are the same network\n"
            "           (same name and match kind; with match kind 3 the same MAC address, else\n"
            "           the same match bytes); an entry not in the list is added\n"
-           "  delete   removes every entry of that name (exact case)\n";
+           "  delete   removes every entry of that name (exact case); none there is a failure\n"
+           "--mac takes the 6 bytes of a MAC address. Every change is read back, and a change\n"
+           "the registry refused fails.\n";
 }
 
 int runAlert(Args& args, Console& console)
@@ -153,6 +179,8 @@ int runAlert(Args& args, Console& console)
         const bool enabled = parseSwitch(args.next("on or off"), "the state");
         args.finish();
         ZETSettings::updateAlertNotificationState(alert, enabled);
+        if (ZETSettings::isAlertNotificationEnabled(alert) != enabled)
+            throw CommandError("the state was not stored: the registry refused the write");
         return kExitSuccess;
     }
     throw UsageError("unknown action " + action);

@@ -84,13 +84,16 @@ unsigned char parseByte(const std::string& text, const std::string& what)
     return static_cast<unsigned char>(parseInteger(text, 0, 255, what));
 }
 
-bool parseSwitch(const std::string& text, const std::string& what)
+bool parseSwitch(const std::string& given, const std::string& what)
 {
+    std::string text = given;
+    for (char& c : text)
+        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
     if (text == "on" || text == "true" || text == "yes" || text == "1")
         return true;
     if (text == "off" || text == "false" || text == "no" || text == "0")
         return false;
-    throw UsageError(what + " must be on or off, not \"" + text + "\"");
+    throw UsageError(what + " must be on or off, not \"" + given + "\"");
 }
 
 std::string parseHexBytes(const std::string& text, const std::string& what)
@@ -120,6 +123,22 @@ std::optional<std::string> bytesOption(Args& args, const std::string& name)
     if (hex)
         return parseHexBytes(*hex, "--" + name + "-hex");
     return text;
+}
+
+// An error names what it was given; a name of thousands of characters is cut in its middle.
+std::string clipped(const std::string& message)
+{
+    const std::size_t kHead = 160, kTail = 80;
+    if (message.size() <= kHead + kTail + 40)
+        return message;
+    std::size_t head = kHead, tail = message.size() - kTail;
+    // Cut between characters, never inside one of UTF-8's sequences.
+    while (head > 0 && (static_cast<unsigned char>(message[head]) & 0xC0) == 0x80)
+        --head;
+    while (tail < message.size() && (static_cast<unsigned char>(message[tail]) & 0xC0) == 0x80)
+        ++tail;
+    return message.substr(0, head) + "[... " + std::to_string(tail - head) + " bytes left out ...]" +
+           message.substr(tail);
 }
 
 }  // namespace zettool

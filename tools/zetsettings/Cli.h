@@ -53,6 +53,9 @@ bool parseSwitch(const std::string& text, const std::string& what);
 // Hex digits, optionally separated by blanks, colons, commas or dashes; an even count of digits.
 std::string parseHexBytes(const std::string& text, const std::string& what);
 
+// An error names what it was given; a name of thousands of characters is cut in its middle.
+std::string clipped(const std::string& message);
+
 // Bytes from exactly one of --NAME-hex and --NAME-text (UTF-8), if either was given.
 std::optional<std::string> bytesOption(Args& args, const std::string& name);
 

@@ -24,6 +24,8 @@ struct CommandFamily {
     const char* summary;
     std::string (*help)();
     int (*run)(Args& args, Console& console);
+    // Commands that make or inspect the store itself skip the check that it can be used.
+    bool checksStoreItself = false;
 };
 
 // Every family, in the order the tool's help lists them.

@@ -3,6 +3,7 @@
 
 #include "Commands.h"
 #include "RecordFields.h"
+#include "Secrets.h"
 #include "zetsettings/ZETSettings.h"
 
 namespace zettool {
@@ -46,6 +47,8 @@ int show(Args& args, Console& console)
     const boost::shared_ptr<ZETNetworkSettings> profile = ZETSettings::getNetworkSettings(name);
     if (!profile)
         throw CommandError("no profile for the network \"" + zetreg::wideToUtf8(name) + "\"");
+    if (reveal)
+        requireProfileSecretOpens(name, profile->protectedBlob.bytes());
     printNode(console.out, profileNode(name, *profile, reveal), console.json);
     return kExitSuccess;
 }
@@ -72,6 +75,8 @@ int set(Args& args, Console&)
     profile = ZETSettings::getNetworkSettings(name);
     if (!profile)
         profile = boost::make_shared<ZETNetworkSettings>();
+    else if (!secret)
+        requireProfileSecretOpens(name, profile->protectedBlob.bytes());
     if (text)
         profile->profileText = wide(*text);
     TSerVar<unsigned char>* members[4] = {&profile->profileFlag1, &profile->profileFlag2, &profile->profileFlag3,
@@ -98,6 +103,11 @@ int remove(Args& args, Console& console)
     const bool reveal = args.flag("--secret");
     const std::wstring name = nonEmptyName(args, "the network's name");
     args.finish();
+    if (reveal) {
+        const boost::shared_ptr<ZETNetworkSettings> stored = ZETSettings::getNetworkSettings(name);
+        if (stored)
+            requireProfileSecretOpens(name, stored->protectedBlob.bytes());
+    }
     const boost::shared_ptr<ZETNetworkSettings> removed = ZETSettings::deleteNetworkSettings(name);
     if (!removed)
         throw CommandError("no profile for the network \"" + zetreg::wideToUtf8(name) + "\"");
@@ -131,7 +141,9 @@ std::string help()
            "One profile per wireless network; names match with their case. protectedBlob, the\n"
            "secret member, is stored encrypted and shown only with --secret. set keeps the stored\n"
            "fields that are not given (a new profile starts empty), then reads the profile back\n"
-           "and fails if it was not stored. delete shows what it removed. Flags are 0 to 255.\n";
+           "and fails if it was not stored. delete shows what it removed. Flags are 0 to 255.\n"
+           "A secret that does not open with this machine's key is never shown nor carried over:\n"
+           "show --secret fails, and set fails unless it is given a new secret.\n";
 }
 
 }  // namespace

@@ -119,6 +119,20 @@ void printHuman(std::ostream& out, const Node& node, int depth)
 
 }  // namespace
 
+Node Node::null(const std::string& shown)
+{
+    Node node(Kind::Null);
+    node.m_text = shown;
+    return node;
+}
+
+Node Node::unsignedNumber(uint64_t value)
+{
+    Node node(Kind::Unsigned);
+    node.m_unsigned = value;
+    return node;
+}
+
 Node Node::boolean(bool value)
 {
     Node node(Kind::Bool);
@@ -167,9 +181,10 @@ Node& Node::push(Node value)
 std::string Node::humanText() const
 {
     switch (m_kind) {
-    case Kind::Null: return "-";
+    case Kind::Null: return m_text;
     case Kind::Bool: return m_bool ? "yes" : "no";
     case Kind::Number: return std::to_string(m_number);
+    case Kind::Unsigned: return std::to_string(m_unsigned);
     case Kind::Text: return m_text;
     case Kind::Bytes: return m_text.empty() ? "(empty)" : hexSpaced(m_text);
     default: return "...";
@@ -182,6 +197,7 @@ void Node::writeJson(std::ostream& out) const
     case Kind::Null: out << "null"; break;
     case Kind::Bool: out << (m_bool ? "true" : "false"); break;
     case Kind::Number: out << m_number; break;
+    case Kind::Unsigned: out << m_unsigned; break;
     case Kind::Text: writeJsonString(out, m_text); break;
     case Kind::Bytes: writeJsonString(out, hexCompact(m_text)); break;
     case Kind::List:

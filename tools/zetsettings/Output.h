@@ -13,11 +13,13 @@ namespace zettool {
 
 class Node {
 public:
-    enum class Kind { Null, Bool, Number, Text, Bytes, List, Record };
+    enum class Kind { Null, Bool, Number, Unsigned, Text, Bytes, List, Record };
 
-    static Node null() { return Node(Kind::Null); }
+    // JSON null; a person reads `shown` ("-" when not given), as for a secret not asked for.
+    static Node null(const std::string& shown = "-");
     static Node boolean(bool value);
     static Node number(long long value);
+    static Node unsignedNumber(uint64_t value);
     static Node text(const std::string& utf8);
     static Node text(const std::wstring& wide);
     static Node bytes(const std::string& raw);
@@ -43,6 +45,7 @@ private:
     Kind m_kind;
     bool m_bool = false;
     long long m_number = 0;
+    uint64_t m_unsigned = 0;
     std::string m_text;
     std::vector<std::pair<std::string, Node> > m_fields;
     std::vector<Node> m_items;

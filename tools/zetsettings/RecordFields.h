@@ -25,7 +25,7 @@ inline std::wstring nonEmptyName(Args& args, const std::string& what)
 // A secret member: shown only when asked for, so that a listing never leaks it by accident.
 inline Node secretField(const Node& value, bool reveal)
 {
-    return reveal ? value : Node::text("(hidden; --secret shows it)");
+    return reveal ? value : Node::null("(hidden; --secret shows it)");
 }
 
 }  // namespace zettool

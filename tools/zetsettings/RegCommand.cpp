@@ -4,6 +4,7 @@
 #include <cctype>
 #include <cerrno>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <map>
 #include <optional>
@@ -12,6 +13,8 @@
 #include "Commands.h"
 #include "Output.h"
 #include "RegistryAccess.h"
+#include "Secrets.h"
+#include "StoreAccess.h"
 #include "regfile/RegFileReader.h"
 #include "regfile/RegFileWriter.h"
 #include "regfile/TextCodec.h"
@@ -83,12 +86,19 @@ const std::map<std::string, const char*> kOperationUsage = {
      "REG EXPORT KeyName FileName [/y]\n"
      "\n"
      "  Writes the key and everything below it to FileName as a .reg file (UTF-16, version 5).\n"
-     "  /y       overwrite an existing file without asking\n"},
+     "  /y       overwrite an existing file without asking\n"
+     "  FileName /dev/stdout writes the file alone to standard output (messages go to stderr).\n"
+     "  Encrypted values open only with this machine's key: a warning says so; a backup that\n"
+     "  keeps them is \"zetsettings store backup\". A key name with a line break in it is\n"
+     "  written quoted, as value names are: [\"HKEY_LOCAL_MACHINE\\\\a\\nb\"].\n"},
     {"IMPORT",
-     "REG IMPORT FileName\n"
+     "REG IMPORT FileName [--dry-run]\n"
      "\n"
-     "  Applies a .reg file (version 5 or REGEDIT4). The file is checked whole first, and a\n"
-     "  failure while applying undoes what was applied: an import applies whole or not at all.\n"},
+     "  Applies a .reg file (version 5, or REGEDIT4 in UTF-8 or Windows-1252). The file is\n"
+     "  checked whole first, and a failure while applying undoes what was applied: an import\n"
+     "  applies whole or not at all. It says how many keys and values it set and deleted, and\n"
+     "  how many encrypted values do not open with this machine's key.\n"
+     "  --dry-run  checks the file and says what it would do, writing nothing\n"},
 };
 
 std::string upper(std::string text)
@@ -136,7 +146,7 @@ const std::map<std::string, std::map<std::string, bool> > kSwitches = {
              {"reg:64", false}}},
     {"DELETE", {{"v", true}, {"ve", false}, {"va", false}, {"f", false}, {"reg:32", false}, {"reg:64", false}}},
     {"EXPORT", {{"y", false}, {"reg:32", false}, {"reg:64", false}}},
-    {"IMPORT", {{"reg:32", false}, {"reg:64", false}}},
+    {"IMPORT", {{"reg:32", false}, {"reg:64", false}, {"dry-run", false}, {"-dry-run", false}}},
 };
 
 RegWords parseWords(const std::string& operation, const std::vector<std::string>& words)
@@ -198,6 +208,27 @@ RegFileValue valueNamed(const RegWords& words)
     if (!value.isDefault)
         value.name = zetreg::utf8ToWide(words.value("v"));
     return value;
+}
+
+// reg.exe's word of success; with --json the exit status alone says it.
+void succeeded(Console& console)
+{
+    if (!console.json)
+        console.out << kSuccess;
+}
+
+// Opens a key that must exist; says why not (missing, or a store that can't be used) and gives false.
+bool openExisting(const KeyPath& path, REGSAM access, OpenKey& key, Console& console)
+{
+    const LONG code = openKey(path, access, key);
+    if (code == ERROR_SUCCESS)
+        return true;
+    if (code == ERROR_FILE_NOT_FOUND)
+        console.err << kNotFound;
+    else
+        console.err << "ERROR: " << zetreg::wideToUtf8(path.full()) << ": " << errorMessage(code) << " (in "
+                    << storeName() << ")\n";
+    return false;
 }
 
 // ---- query ---------------------------------------------------------------------------------
@@ -280,7 +311,9 @@ std::string shownData(const RegFileValue& value)
     }
 }
 
-Node jsonData(const RegFileValue& value)
+// The data read by its type: text, a list of texts, an unsigned number, or null for the types
+// that are bytes only (and numbers of the wrong length).
+Node typedValue(const RegFileValue& value)
 {
     switch (value.type) {
     case zetreg::kRegSz:
@@ -295,10 +328,10 @@ Node jsonData(const RegFileValue& value)
     case zetreg::kRegDword:
     case zetreg::kRegQword:
         if (value.data.size() == (value.type == zetreg::kRegDword ? 4u : 8u))
-            return Node::number(static_cast<long long>(littleEndian(value.data)));
-        return Node::bytes(value.data);
+            return Node::unsignedNumber(littleEndian(value.data));
+        return Node::null();
     default:
-        return Node::bytes(value.data);
+        return Node::null();
     }
 }
 
@@ -316,7 +349,8 @@ Node jsonKey(const std::wstring& path, const std::vector<RegFileValue>& values)
         list.push(Node::record()
                       .add("name", Node::text(value.isDefault ? std::string() : zetreg::wideToUtf8(value.name)))
                       .add("type", Node::text(typeName(value.type)))
-                      .add("data", jsonData(value)));
+                      .add("data", Node::bytes(value.data))
+                      .add("value", typedValue(value)));
     key.add("values", list);
     return key;
 }
@@ -373,10 +407,8 @@ int regQuery(const RegWords& words, Console& console)
         throw RegSyntaxError();
     const KeyPath path = keyPathOf(words.positional[0]);
     OpenKey key;
-    if (openKey(path, KEY_READ, key) != ERROR_SUCCESS) {
-        console.err << kNotFound;
+    if (!openExisting(path, KEY_READ, key, console))
         return kRegFailure;
-    }
     std::string text = "\n";
     Node json = Node::list();
     int status = 0;
@@ -492,7 +524,7 @@ int regAdd(const RegWords& words, Console& console)
         if (words.has("t") || words.has("d") || words.has("s"))
             throw RegSyntaxError();
         createKey(path);
-        console.out << kSuccess;
+        succeeded(console);
         return 0;
     }
     const RegFileValue value = valueToAdd(words);
@@ -504,7 +536,7 @@ int regAdd(const RegWords& words, Console& console)
         return 0;
     }
     writeValue(key.get(), value);
-    console.out << kSuccess;
+    succeeded(console);
     return 0;
 }
 
@@ -555,7 +587,7 @@ int regDelete(const RegWords& words, Console& console)
         }
         deleteTree(path);
     }
-    console.out << kSuccess;
+    succeeded(console);
     return 0;
 }
 
@@ -567,24 +599,56 @@ bool fileExists(const std::string& name)
     return file.good();
 }
 
+// "/dev/stdout" and the like: the data goes to standard output and nothing else may.
+bool isStandardOutput(const std::string& fileName)
+{
+    for (const char* name : {"-", "/dev/stdout", "/dev/fd/1", "/proc/self/fd/1"})
+        if (fileName == name)
+            return true;
+    std::error_code error;
+    return std::filesystem::equivalent(fileName, "/dev/stdout", error);
+}
+
+void warnOfEncryptedValues(const KeyPath& path, const KeyTree& tree, Console& console)
+{
+    const EncryptedCount count = countEncrypted(path, tree);
+    if (count.total == 0)
+        return;
+    console.err << "WARNING: " << count.total
+                << " encrypted value(s) in this file open only with this machine's key; a backup that"
+                   " restores them elsewhere is \"zetsettings store backup\".\n";
+}
+
 int regExport(const RegWords& words, Console& console)
 {
     if (words.positional.size() != 2)
         throw RegSyntaxError();
     const KeyPath path = keyPathOf(words.positional[0]);
     const std::string fileName = words.positional[1];
+    const bool toStandardOutput = isStandardOutput(fileName);
     OpenKey key;
-    if (openKey(path, KEY_READ, key) != ERROR_SUCCESS) {
-        console.err << kNotFound;
+    if (!openExisting(path, KEY_READ, key, console))
         return kRegFailure;
-    }
-    if (!words.has("y") && fileExists(fileName) && !confirm(console, "File " + fileName + " already exists. Overwrite")) {
+    if (!toStandardOutput && !words.has("y") && fileExists(fileName) &&
+        !confirm(console, "File " + fileName + " already exists. Overwrite")) {
         console.out << kCancelled;
         return 0;
     }
     std::vector<zetreg::RegFileKey> keys;
-    appendRegFileKeys(path.full(), readTree(key.get(), L""), keys);
+    const KeyTree tree = readTree(key.get(), L"");
+    appendRegFileKeys(path.full(), tree, keys);
     const std::string bytes = zetreg::writeRegFile(keys);
+    warnOfEncryptedValues(path, tree, console);
+    if (toStandardOutput) {
+        console.out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+        console.out.flush();
+        if (!console.out) {
+            console.err << "ERROR: Unable to write to standard output.\n";
+            return kRegFailure;
+        }
+        console.err << kSuccess;
+        return 0;
+    }
     std::ofstream file(fileName, std::ios::binary | std::ios::trunc);
     file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
     file.close();
@@ -593,8 +657,20 @@ int regExport(const RegWords& words, Console& console)
                     << ". There may be a disk or file system error.\n";
         return kRegFailure;
     }
-    console.out << kSuccess;
+    succeeded(console);
     return 0;
+}
+
+// This registry keeps text in whole UTF-16 units where wchar_t is wider: half a unit would be lost.
+void checkStorable(const zetreg::RegFileKey& key, const RegFileValue& value)
+{
+    if (sizeof(wchar_t) == 2 || value.remove || !zetreg::isTextType(value.type) || value.data.size() % 2 == 0)
+        return;
+    throw zetreg::RegFileError(key.line, "the value " + valueLabel(value) + " of [" + zetreg::wideToUtf8(key.path) +
+                                             "] is text (type " + std::to_string(value.type) + ") of " +
+                                             std::to_string(value.data.size()) +
+                                             " bytes; this registry keeps text in whole UTF-16 units and would "
+                                             "lose the last byte");
 }
 
 // Every key path of the file, checked before anything is applied.
@@ -607,9 +683,87 @@ std::vector<KeyPath> keyPathsOf(const zetreg::RegFile& file)
             throw zetreg::RegFileError(key.line, "the key name " + zetreg::wideToUtf8(key.path) + " is not valid");
         if (key.remove && path.subPath.empty())
             throw zetreg::RegFileError(key.line, "a root key can't be removed");
+        for (const RegFileValue& value : key.values)
+            checkStorable(key, value);
         paths.push_back(path);
     }
     return paths;
+}
+
+// What a file sets and deletes; the keys it makes are counted as they are applied.
+struct ImportCount {
+    int keys = 0;
+    int valuesSet = 0;
+    int valuesDeleted = 0;
+    int keysDeleted = 0;
+    EncryptedCount encrypted;
+};
+
+ImportCount countOf(const zetreg::RegFile& file, const std::vector<KeyPath>& paths)
+{
+    ImportCount count;
+    for (std::size_t i = 0; i < file.keys.size(); ++i) {
+        const zetreg::RegFileKey& key = file.keys[i];
+        if (key.remove) {
+            ++count.keysDeleted;
+            continue;
+        }
+        ++count.keys;
+        for (const RegFileValue& value : key.values) {
+            if (value.remove) {
+                ++count.valuesDeleted;
+                continue;
+            }
+            ++count.valuesSet;
+            std::string ciphertext;
+            if (encryptedPart(paths[i], value, ciphertext)) {
+                ++count.encrypted.total;
+                if (!opensWithMachineKey(ciphertext))
+                    ++count.encrypted.unopenable;
+            }
+        }
+    }
+    return count;
+}
+
+std::string summaryOf(const ImportCount& count)
+{
+    return std::to_string(count.keys) + " key(s) with " + std::to_string(count.valuesSet) + " value(s) set, " +
+           std::to_string(count.valuesDeleted) + " value(s) deleted, " + std::to_string(count.keysDeleted) +
+           " key(s) deleted";
+}
+
+Node countNode(const ImportCount& count, bool dryRun)
+{
+    return Node::record()
+        .add("dryRun", Node::boolean(dryRun))
+        .add("keys", Node::number(count.keys))
+        .add("valuesSet", Node::number(count.valuesSet))
+        .add("valuesDeleted", Node::number(count.valuesDeleted))
+        .add("keysDeleted", Node::number(count.keysDeleted))
+        .add("encryptedValues", Node::number(count.encrypted.total))
+        .add("encryptedValuesNotOpening", Node::number(count.encrypted.unopenable));
+}
+
+void reportEncrypted(const EncryptedCount& count, Console& console)
+{
+    if (count.unopenable == 0)
+        return;
+    console.err << "WARNING: " << count.unopenable << " of " << count.total
+                << " encrypted value(s) do not open with this machine's key: their secrets read as lost"
+                   " until the key they were made with is restored (zetsettings store restore).\n";
+}
+
+void reportCount(const ImportCount& count, bool dryRun, const std::string& fileName, Console& console)
+{
+    if (console.json)
+        printNode(console.out, countNode(count, dryRun), true);
+    else if (dryRun)
+        console.out << fileName << " is valid; importing it would write " << summaryOf(count)
+                    << ". Nothing was written (--dry-run).\n";
+    else
+        console.out << "Imported " << summaryOf(count) << ".\n" << kSuccess;
+    reportEncrypted(count.encrypted, console);
 }
 
 void apply(const zetreg::RegFile& file, const std::vector<KeyPath>& paths, ChangeSet& changes)
@@ -630,26 +784,46 @@ void apply(const zetreg::RegFile& file, const std::vector<KeyPath>& paths, Chang
     }
 }
 
+bool readImportFile(const std::string& fileName, std::string& content, Console& console)
+{
+    std::error_code error;
+    if (std::filesystem::is_directory(fileName, error)) {
+        console.err << "ERROR: Error opening the file " << fileName << ". It is a directory, not a .reg file.\n";
+        return false;
+    }
+    std::ifstream stream(fileName, std::ios::binary);
+    if (!stream) {
+        console.err << "ERROR: Error opening the file " << fileName << ". There may be a disk or file system error.\n";
+        return false;
+    }
+    std::ostringstream bytes;
+    bytes << stream.rdbuf();
+    content = bytes.str();
+    return true;
+}
+
 int regImport(const RegWords& words, Console& console)
 {
     if (words.positional.size() != 1)
         throw RegSyntaxError();
+    const bool dryRun = words.has("dry-run") || words.has("-dry-run");
     const std::string fileName = words.positional[0];
-    std::ifstream stream(fileName, std::ios::binary);
-    if (!stream) {
-        console.err << "ERROR: Error opening the file " << fileName << ". There may be a disk or file system error.\n";
+    std::string content;
+    if (!readImportFile(fileName, content, console))
         return kRegFailure;
-    }
-    std::ostringstream content;
-    content << stream.rdbuf();
     zetreg::RegFile file;
     std::vector<KeyPath> paths;
     try {
-        file = zetreg::readRegFile(content.str());
+        file = zetreg::readRegFile(content);
         paths = keyPathsOf(file);
     } catch (const zetreg::RegFileError& error) {
-        console.err << "ERROR: " << fileName << ": " << error.what() << ". Nothing was imported.\n";
+        console.err << "ERROR: " << fileName << ": " << clipped(error.what()) << ". Nothing was imported.\n";
         return kRegFailure;
+    }
+    const ImportCount count = countOf(file, paths);
+    if (dryRun) {
+        reportCount(count, true, fileName, console);
+        return 0;
     }
     ChangeSet changes;
     try {
@@ -660,7 +834,7 @@ int regImport(const RegWords& words, Console& console)
                     << (undone ? " Nothing was imported.\n" : " The changes made so far could not all be undone.\n");
         return kRegFailure;
     }
-    console.out << kSuccess;
+    reportCount(count, false, fileName, console);
     return 0;
 }
 
@@ -698,15 +872,19 @@ int runReg(const std::vector<std::string>& words, Console& console)
             console.out << kOperationUsage.at(operation);
             return 0;
         }
+        requireReadableStore();
         return it->second(parsed, console);
     } catch (const RegSyntaxError& error) {
-        console.err << "ERROR: Invalid syntax." << (*error.what() ? std::string(" ") + error.what() : "") << "\n"
+        console.err << "ERROR: Invalid syntax." << (*error.what() ? " " + clipped(error.what()) : "") << "\n"
                     << usageHint;
     } catch (const RegKeyNameError&) {
         console.err << "ERROR: Invalid key name.\n" << usageHint;
     } catch (const RegistryError& error) {
-        console.err << "ERROR: " << (error.code() == ERROR_ACCESS_DENIED ? errorMessage(error.code()) : error.what())
-                    << "\n";
+        console.err << "ERROR: "
+                    << (error.code() == ERROR_ACCESS_DENIED ? errorMessage(error.code()) : clipped(error.what()))
+                    << " (in " << storeName() << ")\n";
+    } catch (const CommandError& error) {
+        console.err << "ERROR: " << clipped(error.what()) << "\n";
     }
     return kRegFailure;
 }

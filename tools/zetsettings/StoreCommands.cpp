@@ -4,6 +4,8 @@
 
 #include "Commands.h"
 #include "RecordFields.h"
+#include "Secrets.h"
+#include "zetsettings/records/RecordNames.h"
 #include "zetsettings/ZETSettings.h"
 
 namespace zettool {
@@ -27,6 +29,8 @@ Node fallbackKeyNode(const std::wstring& key, const ZETFallbackKeySettings& entr
 int runFallbackKeys(Args& args, Console& console)
 {
     const std::string action = args.next("an action: show, set or remove");
+    // A map that does not open reads as empty: showing it, or storing one entry over it, would lose it.
+    requireStoredValueOpens(zet::records::kFallbackKeysValue, "fallback keys");
     if (action == "show") {
         args.finish();
         Node entries = Node::list();
@@ -99,6 +103,7 @@ int runUser(Args& args, Console& console)
     const std::optional<std::string> bytes = action == "set" ? bytesOption(args, "bytes") : std::nullopt;
     const std::wstring user = wide(args.next("the user's name"));
     args.finish();
+    requireStoredValueOpens(zet::records::kUserSettingsValue, "user settings");
 
     boost::shared_ptr<ZETUserSettings> settings = ZETSettings::getUserSettings(user);
     if (action == "show" || action == "remove") {
@@ -144,6 +149,7 @@ int runLogin(Args& args, Console& console)
     if (action == "show") {
         const bool reveal = args.flag("--secret");
         args.finish();
+        requireStoredValueOpens(zet::records::kLoginSettingsValue, "login");
         std::wstring user, password;
         bool enabled, keep, dependent;
         ZETSettings::getLoginData(user, password, enabled, keep, dependent);
@@ -167,11 +173,21 @@ int runLogin(Args& args, Console& console)
         if (!user)
             throw UsageError("set needs --user");
         ZETSettings::setLoginData(wide(*user), wide(password.value_or("")), enabled, keep, dependent);
+        std::wstring storedUser, storedPassword;
+        bool storedEnabled = false, storedKeep, storedDependent;
+        ZETSettings::getLoginData(storedUser, storedPassword, storedEnabled, storedKeep, storedDependent);
+        if (!storedValueExists(zet::records::kLoginSettingsValue) || storedUser != wide(*user) ||
+            storedEnabled != enabled)
+            throw CommandError("the login was not stored: the registry refused the write");
         return kExitSuccess;
     }
     if (action == "remove") {
         args.finish();
+        if (!storedValueExists(zet::records::kLoginSettingsValue))
+            throw CommandError("no login is stored");
         ZETSettings::removeLoginData();
+        if (storedValueExists(zet::records::kLoginSettingsValue))
+            throw CommandError("the login was not removed: the registry refused the write");
         return kExitSuccess;
     }
     throw UsageError("unknown action " + action);
@@ -235,10 +251,13 @@ int runFallbackDb(Args& args, Console& console)
     if (action == "show" || action == "remove") {
         if (!record)
             throw CommandError("no record for the " + which);
-        if (action == "show")
+        if (action == "show") {
             printNode(console.out, fallbackNode(*record), console.json);
-        else
-            ZETSettings::removeFallbackSettings(owner, network);
+            return kExitSuccess;
+        }
+        ZETSettings::removeFallbackSettings(owner, network);
+        if (ZETSettings::getFallbackSettings(owner, network))
+            throw CommandError("the record was not removed: the registry refused the write");
         return kExitSuccess;
     }
     if (!record)

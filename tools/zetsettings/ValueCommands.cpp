@@ -95,6 +95,36 @@ T takeDefault(Args& args, DefaultRule rule, bool& writeDefault, T none, Parse pa
     return parse(*given);
 }
 
+// What the registry holds under the family's key, in Windows' form; false when nothing.
+bool storedData(const ValueFamily& family, const std::wstring& name, zetreg::RegFileValue& value)
+{
+    KeyPath path;
+    parseKeyPath(L"HKEY_LOCAL_MACHINE\\Software\\Orvane\\QXL" + zetreg::utf8ToWide(family.subkey), path);
+    OpenKey key;
+    if (openKey(path, KEY_READ, key) != ERROR_SUCCESS)
+        return false;
+    zetreg::RegFileValue wanted;
+    wanted.name = name;
+    return readValue(key.get(), wanted, value);
+}
+
+// The library's setters report nothing: a set counts when the registry holds what was set.
+void requireStored(const ValueFamily& family, const std::wstring& name, uint32_t type, const std::string& data)
+{
+    zetreg::RegFileValue stored;
+    if (!storedData(family, name, stored) || stored.type != type || stored.data != data)
+        throw CommandError("the value was not stored: the registry refused the write");
+}
+
+std::string dwordBytes(int value)
+{
+    const uint32_t bits = static_cast<uint32_t>(value);
+    std::string data;
+    for (int i = 0; i < 4; ++i)
+        data += static_cast<char>((bits >> (8 * i)) & 0xFF);
+    return data;
+}
+
 void show(Console& console, const ValueFamily& family, const std::wstring& name, Node value)
 {
     if (!console.json) {
@@ -133,10 +163,16 @@ int runValueFamily(const ValueFamily& family, Args& args, Console& console)
         const std::wstring name = zetreg::utf8ToWide(args.next("the value's name"));
         const std::string value = args.next("the value to store");
         args.finish();
-        if (isInt)
-            family.setInt(name, parseInt32(value, "the value"));
-        else
-            family.setText(name, zetreg::utf8ToWide(value));
+        if (isInt) {
+            const int number = parseInt32(value, "the value");
+            family.setInt(name, number);
+            requireStored(family, name, zetreg::kRegDword, dwordBytes(number));
+        } else {
+            const std::wstring text = zetreg::utf8ToWide(value);
+            family.setText(name, text);
+            requireStored(family, name, zetreg::kRegSz,
+                          zetreg::utf16ToBytes(zetreg::wideToUtf16(text) + u'\0'));
+        }
     }
     return kExitSuccess;
 }
@@ -154,23 +190,34 @@ std::string ruleText(DefaultRule rule, bool isInt)
     }
 }
 
+// The options a getter takes, as the help shows them: only those it accepts.
+std::string defaultOptions(DefaultRule rule, const std::string& placeholder)
+{
+    if (rule == DefaultRule::None)
+        return std::string();
+    if (rule == DefaultRule::Stored)
+        return " --default " + placeholder;
+    return " --default " + placeholder + " [--write-default]";
+}
+
 std::string familyHelp(const ValueFamily& family)
 {
     const std::string name = family.name;
     std::string text = "usage: zetsettings " + name + " ACTION ...\n\nValues in HKLM\\Software\\Orvane\\QXL" +
                        family.subkey + ", read and written through the library.\n\n";
     if (family.getInt)
-        text += "  get-int NAME [--default N]" + std::string(family.intRule == DefaultRule::WhenAsked ? " [--write-default]" : "") +
-                "\n      " + ruleText(family.intRule, true) + "\n";
-    text += "  get-str NAME [--default TEXT]" + std::string(family.textRule == DefaultRule::WhenAsked ? " [--write-default]" : "") +
-            "\n      " + ruleText(family.textRule, false) + "\n";
+        text += "  get-int NAME" + defaultOptions(family.intRule, "N") + "\n      " + ruleText(family.intRule, true) + "\n";
+    text += "  get-str NAME" + defaultOptions(family.textRule, "TEXT") + "\n      " + ruleText(family.textRule, false) +
+            "\n";
     if (family.getInt)
         text += "  set-int NAME N      N is decimal or 0x hex; 32 bits, so 0xFFFFFFFF is -1\n";
-    text += "  set-str NAME TEXT\n\nA write that the registry refuses goes unnoticed, as in the library.\n";
+    text += "  set-str NAME TEXT\n\nA set reads the value back and fails when the registry did not store it.\n";
     return text;
 }
 
 // ---- RasMan's EAP settings ------------------------------------------------------------------
+
+const wchar_t kRasmanKey[] = L"HKEY_LOCAL_MACHINE\\SYSTEM\\CurrentControlSet\\Services\\RasMan\\PPP\\EAP\\26";
 
 int runRasman(Args& args, Console& console)
 {
@@ -195,6 +242,14 @@ int runRasman(Args& args, Console& console)
             return kExitSuccess;
     } else {
         throw UsageError("unknown action " + action);
+    }
+    if (code == ERROR_FILE_NOT_FOUND) {
+        KeyPath eapKey;
+        parseKeyPath(kRasmanKey, eapKey);
+        throw CommandError(keyExists(eapKey) ? "no value \"" + zetreg::wideToUtf8(name) + "\" in " +
+                                                   zetreg::wideToUtf8(kRasmanKey)
+                                             : "the key " + zetreg::wideToUtf8(kRasmanKey) +
+                                                   " does not exist (the library never creates it)");
     }
     throw CommandError("error " + std::to_string(code) + ": " + errorMessage(static_cast<LONG>(code)));
 }

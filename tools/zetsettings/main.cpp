@@ -6,6 +6,7 @@
 
 #include "Commands.h"
 #include "RegistryAccess.h"
+#include "StoreAccess.h"
 #include "zetsettings/components/CRegistryKey.h"
 
 namespace zettool {
@@ -26,6 +27,7 @@ namespace {
 
 const char kToolHelp[] =
     "usage: zetsettings [--json] COMMAND [ARGUMENTS]\n"
+    "       zetsettings --version\n"
     "\n"
     "Reads and changes what the zetsettings library keeps below\n"
     "HKEY_LOCAL_MACHINE\\Software\\Orvane\\QXL, through the library's own operations, and the\n"
@@ -36,11 +38,27 @@ const char kToolHelp[] =
 
 const char kToolHelpEnd[] =
     "\n"
-    "Options:\n"
-    "  --json     print for scripts (every command but reg add/delete/export/import)\n"
-    "  --help     this text; \"zetsettings COMMAND --help\" tells about one command\n"
+    "What writes: every set, remove and delete; and these, which look like reads:\n"
+    "  netlib get-*, guihelper get-str, raseap get-int\n"
+    "                                  store the --default they are given when the value is\n"
+    "                                  missing (base and zetguard only with --write-default)\n"
+    "  chooser active, alert get       store the state they report when none is there\n"
+    "  chooser next                    moves the walk\n"
+    "  fallback-db networks OWNER      creates the owner when it is not there\n"
+    "  params                          writes the whole table when its stored mode is 0\n"
+    "  ndis check                      rewrites the list when failover is not last\n"
+    "Read only: network list/show, user/login/fallback-keys show, fallback-db owners/show,\n"
+    "configurator get-*, chooser list, rasman get (the first use of a family makes its empty\n"
+    "key); reg query and reg export write nothing. A command that can't use the store\n"
+    "(no right to write it, ZET_REGISTRY_DIR empty or not a directory) says so and fails.\n"
     "\n"
-    "Exit status: 0 success, 1 failure, 2 bad arguments (reg: 1 for both, as reg.exe).\n";
+    "Options:\n"
+    "  --json     print for scripts: one JSON document on standard output (see zetsettings(1))\n"
+    "  --help     this text; \"zetsettings COMMAND --help\" tells about one command\n"
+    "  --version  the tool's version\n"
+    "\n"
+    "Exit status: 0 success, 1 failure (a thing asked for is not there, the store can't be\n"
+    "used, a write was refused), 2 bad arguments (reg: 1 for both, as reg.exe).\n";
 
 void printToolHelp(std::ostream& out)
 {
@@ -66,18 +84,20 @@ int runFamily(const zettool::CommandFamily& family, std::vector<std::string> wor
     }
     try {
         zettool::Args args(std::move(words));
+        if (!family.checksStoreItself)
+            zettool::requireWritableStore();
         return family.run(args, console);
     } catch (const zettool::UsageError& error) {
-        console.err << "zetsettings " << family.name << ": " << error.what() << "\n"
+        console.err << "zetsettings " << family.name << ": " << zettool::clipped(error.what()) << "\n"
                     << "Try \"zetsettings " << family.name << " --help\".\n";
         return zettool::kExitUsage;
     } catch (const zettool::CommandError& error) {
-        console.err << "zetsettings " << family.name << ": " << error.what() << "\n";
+        console.err << "zetsettings " << family.name << ": " << zettool::clipped(error.what()) << "\n";
     } catch (const JetByteTools::CRegistryKey::Exception& error) {
         console.err << "zetsettings " << family.name << ": the registry refused: "
                     << zettool::errorMessage(static_cast<LONG>(error.GetError())) << "\n";
     } catch (const std::exception& error) {
-        console.err << "zetsettings " << family.name << ": " << error.what() << "\n";
+        console.err << "zetsettings " << family.name << ": " << zettool::clipped(error.what()) << "\n";
     }
     return zettool::kExitFailure;
 }
@@ -108,11 +128,15 @@ int main(int argc, char** argv)
         printToolHelp(std::cout);
         return zettool::kExitSuccess;
     }
+    if (command == "--version") {
+        std::cout << "zetsettings " << ZETSETTINGS_VERSION << "\n";
+        return zettool::kExitSuccess;
+    }
     if (command == "reg")
         return zettool::runReg(words, console);
     for (const zettool::CommandFamily& family : zettool::commandFamilies())
         if (command == family.name)
             return runFamily(family, std::move(words), console);
-    std::cerr << "zetsettings: unknown command \"" << command << "\"\nTry \"zetsettings --help\".\n";
+    std::cerr << "zetsettings: unknown command \"" << zettool::clipped(command) << "\"\nTry \"zetsettings --help\".\n";
     return zettool::kExitUsage;
 }

@@ -13,24 +13,59 @@ std::string display(const std::u16string& text)
     return utf16ToUtf8(text);
 }
 
+// Windows' ANSI code page of western Europe; bytes below 0x80 and from 0xA0 are Latin-1. The
+// five bytes it leaves undefined map to the control characters of the same number, as Windows'
+// own conversion does.
+const char16_t kWindows1252High[32] = {
+    0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, 0x008D, 0x017D, 0x008F,
+    0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178,
+};
+
+std::u16string windows1252ToUtf16(const std::string& bytes)
+{
+    std::u16string text;
+    text.reserve(bytes.size());
+    for (unsigned char c : bytes)
+        text += c >= 0x80 && c < 0xA0 ? kWindows1252High[c - 0x80] : static_cast<char16_t>(c);
+    return text;
+}
+
+bool startsWithBytes(const std::string& bytes, const char* prefix, std::size_t length)
+{
+    return bytes.size() >= length && bytes.compare(0, length, prefix, length) == 0;
+}
+
+// The 8-bit text of a file or of a REGEDIT4 value: UTF-8 when it is well-formed UTF-8, else (in
+// a REGEDIT4 file, as Windows writes them) Windows-1252.
+bool decode8Bit(const std::string& bytes, bool regedit4, std::u16string& text)
+{
+    if (utf8ToUtf16(bytes, text))
+        return true;
+    if (!regedit4)
+        return false;
+    text = windows1252ToUtf16(bytes);
+    return true;
+}
+
 std::u16string decodeFile(const std::string& bytes)
 {
-    const auto startsWith = [&](const char* prefix, std::size_t length) {
-        return bytes.size() >= length && bytes.compare(0, length, prefix, length) == 0;
-    };
-    if (startsWith("\xFF\xFE", 2)) {
+    if (startsWithBytes(bytes, "\xFF\xFE", 2)) {
         if (bytes.size() % 2 != 0)
             throw RegFileError(0, "the file is cut or mis-encoded: a UTF-16 file with an odd number of bytes");
         return bytesToUtf16(bytes.substr(2));
     }
-    if (startsWith("\xFE\xFF", 2))
+    if (startsWithBytes(bytes, "\xFE\xFF", 2))
         throw RegFileError(0, "the file is UTF-16 big-endian; .reg files are UTF-16 little-endian or 8-bit");
-    std::string body = startsWith("\xEF\xBB\xBF", 3) ? bytes.substr(3) : bytes;
+    const bool utf8Mark = startsWithBytes(bytes, "\xEF\xBB\xBF", 3);
+    std::string body = utf8Mark ? bytes.substr(3) : bytes;
     if (body.find('\0') != std::string::npos)
         throw RegFileError(0, "the file is mis-encoded: it holds NUL bytes but no UTF-16 byte order mark");
+    const std::size_t start = body.find_first_not_of(" \t\r\n");
+    const bool regedit4 = !utf8Mark && start != std::string::npos && body.compare(start, 8, "REGEDIT4") == 0;
     std::u16string text;
-    if (!utf8ToUtf16(body, text))
-        throw RegFileError(0, "the file is mis-encoded: its 8-bit text is not valid UTF-8");
+    if (!decode8Bit(body, regedit4, text))
+        throw RegFileError(0, "the file is mis-encoded: its 8-bit text is not valid UTF-8 (only REGEDIT4 files "
+                              "may be in Windows-1252)");
     return text;
 }
 
@@ -95,6 +130,7 @@ private:
         const std::size_t end = m_text.find_first_of(u"\r\n", m_pos);
         line = m_text.substr(m_pos, end == std::u16string::npos ? std::u16string::npos : end - m_pos);
         m_pos = end == std::u16string::npos ? m_text.size() : end + 1;
+        m_lineEnded = end != std::u16string::npos;
         if (end != std::u16string::npos && m_text[end] == u'\r' && m_pos < m_text.size() && m_text[m_pos] == u'\n')
             ++m_pos;
         ++m_lineNumber;
@@ -148,7 +184,16 @@ private:
             key.remove = true;
             ++start;
         }
-        key.path = utf16ToWide(line.substr(start, close - start));
+        if (start < line.size() && line[start] == u'"') {
+            // A name with a line break, quoted as value names are: ["HKEY_...\\a\nb"].
+            std::size_t end = start;
+            key.path = utf16ToWide(readQuoted(line, end));
+            if (end >= line.size() || line[end] != u']')
+                fail("a quoted key name must be followed by ]: " + display(line));
+            expectEnd(line, end + 1);
+        } else {
+            key.path = utf16ToWide(line.substr(start, close - start));
+        }
         checkKeyPath(key.path);
         m_inRemovedKey = key.remove;
         m_haveKey = true;
@@ -279,15 +324,20 @@ private:
     {
         std::string bytes;
         bool needByte = false;
+        bool continued = false;
         for (;;) {
             at = skipBlanks(line, at);
             if (at == line.size() || line[at] == u';') {
                 if (needByte)
                     fail("hex data that ends in a comma without a continuation");
+                // Windows ends every line; a continued value cut short looks whole but for that.
+                if (continued && !m_lineEnded)
+                    fail("the file ends inside continued hex data (is the file cut?)");
                 return bytes;
             }
             if (line[at] == u'\\') {
                 expectEnd(line, at + 1);
+                continued = true;
                 do {
                     if (!nextLine(line))
                         fail("hex data continues past the end of the file (is the file cut?)");
@@ -319,8 +369,7 @@ private:
     std::string widenRegedit4Text(const std::string& narrow) const
     {
         std::u16string text;
-        if (!utf8ToUtf16(narrow, text))
-            fail("the 8-bit text of a REGEDIT4 value is not valid UTF-8");
+        decode8Bit(narrow, true, text);
         return utf16ToBytes(text);
     }
 
@@ -330,6 +379,7 @@ private:
     int m_version = 5;
     bool m_haveKey = false;
     bool m_inRemovedKey = false;
+    bool m_lineEnded = true;  // the line read last had its line end
 };
 
 }  // namespace

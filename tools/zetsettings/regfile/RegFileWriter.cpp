@@ -33,6 +33,15 @@ std::u16string quoted(const std::u16string& text)
     return out + u"\"";
 }
 
+// A key line ends at the line's end: a name with a line break in it is quoted instead, with the
+// escapes of value names (the backslashes between its keys doubled), and read back so.
+std::u16string keyName(const std::u16string& path)
+{
+    if (path.find_first_of(u"\r\n") == std::u16string::npos)
+        return path;
+    return quoted(path);
+}
+
 // Whether a string value is one text and its terminator, the only form that a quoted string
 // reads back to. Anything else (no terminator, text behind it, an odd byte) is written as
 // hex(1), so that an import gives back the bytes that were exported.
@@ -112,7 +121,7 @@ std::string writeRegFile(const std::vector<RegFileKey>& keys)
     text += kLineEnd;
     for (const RegFileKey& key : keys) {
         text += key.remove ? u"[-" : u"[";
-        text += wideToUtf16(key.path) + u"]" + kLineEnd;
+        text += keyName(wideToUtf16(key.path)) + u"]" + kLineEnd;
         for (const RegFileValue& value : key.values)
             text += formatValueLine(value) + kLineEnd;
         text += kLineEnd;

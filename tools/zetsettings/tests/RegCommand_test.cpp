@@ -129,7 +129,8 @@ TEST_F(RegCommand, ExportImportIntoAnEmptyStoreAndExportAgainGivesTheSameBytes)
     EXPECT_EQ(runTool({"reg", "query", kBase}).status, 1);
     const ToolResult imported = runTool({"reg", "import", scratch("kept.reg")});
     ASSERT_EQ(imported.status, 0) << imported.err;
-    EXPECT_EQ(imported.out, "The operation completed successfully.\n");
+    EXPECT_EQ(imported.out, "Imported 4 key(s) with 5 value(s) set, 0 value(s) deleted, 0 key(s) deleted.\n"
+                            "The operation completed successfully.\n");
     EXPECT_EQ(exportBase("second.reg"), first);
 }
 

@@ -141,6 +141,36 @@ TEST(RegFileReader, WidensTheNarrowTextOfRegedit4)
     EXPECT_EQ(file.keys[0].values[1].data, utf16Text(u"caf\u00e9") + std::string(2, '\0'));
 }
 
+TEST(RegFileReader, ReadsRegedit4InWindows1252AsWindowsWritesIt)
+{
+    const RegFile file = readRegFile("REGEDIT4\r\n\r\n[HKEY_LOCAL_MACHINE\\Software\\caf\xE9]\r\n"
+                                     "\"\x80\"=\"\x93q\x94 \x81\"\r\n\"m\"=hex(7):e9,00,00\r\n");
+    ASSERT_EQ(file.keys.size(), 1u);
+    EXPECT_EQ(file.keys[0].path, L"HKEY_LOCAL_MACHINE\\Software\\caf\u00e9");
+    EXPECT_EQ(file.keys[0].values[0].name, L"\u20ac");
+    EXPECT_EQ(file.keys[0].values[0].data, utf16Text(u"\u201cq\u201d \u0081") + std::string(2, '\0'));
+    EXPECT_EQ(file.keys[0].values[1].data, utf16Text(u"\u00e9") + std::string(4, '\0'));
+}
+
+TEST(RegFileWriter, QuotesKeyNamesWithLineBreaksAndReadsThemBack)
+{
+    RegFileKey key;
+    key.path = L"HKEY_LOCAL_MACHINE\\a\\evil\nowner \"[x]\"\r";
+    key.values.push_back(value(L"v", kRegDword, std::string(4, '\1')));
+    RegFileKey removed = key;
+    removed.remove = true;
+    removed.values.clear();
+    const std::string bytes = writeRegFile({key, removed});
+    EXPECT_NE(textOf(bytes).find("[\"HKEY_LOCAL_MACHINE\\\\a\\\\evil\\nowner \\\"[x]\\\"\\r\"]\r\n"), std::string::npos)
+        << textOf(bytes);
+    const RegFile file = readRegFile(bytes);
+    ASSERT_EQ(file.keys.size(), 2u);
+    EXPECT_EQ(file.keys[0].path, key.path);
+    EXPECT_EQ(file.keys[0].values.size(), 1u);
+    EXPECT_TRUE(file.keys[1].remove);
+    EXPECT_EQ(file.keys[1].path, key.path);
+}
+
 TEST(RegFileReader, RefusesBrokenFilesNamingTheLine)
 {
     const std::u16string header = u"Windows Registry Editor Version 5.00\r\n[HKEY_LOCAL_MACHINE\\S]\r\n";
@@ -148,10 +178,14 @@ TEST(RegFileReader, RefusesBrokenFilesNamingTheLine)
     EXPECT_EQ(failingLine(fileOf(header) + "\x41"), 0);
     EXPECT_EQ(failingLine(""), 0);
     EXPECT_EQ(failingLine(utf16ToBytes(header)), 0);  // UTF-16 without its byte order mark
-    EXPECT_EQ(failingLine("REGEDIT4\n[HKLM\\S]\n\"a\"=\"\xC3\x28\"\n"), 0);
+    // 8-bit text that is not UTF-8 is Windows-1252 in REGEDIT4 files alone.
+    EXPECT_EQ(failingLine("Windows Registry Editor Version 5.00\n[HKLM\\S]\n\"a\"=\"\xC3\x28\"\n"), 0);
     EXPECT_EQ(failingLine(fileOf(u"REGEDIT 5\r\n")), 1);
     EXPECT_EQ(failingLine(fileOf(header + u"\"a\"=\"cut in the mid")), 3);
     EXPECT_EQ(failingLine(fileOf(header + u"\"a\"=hex:01,02,\\")), 3);
+    // Cut inside a continued value, where the last line still reads as whole.
+    EXPECT_EQ(failingLine(fileOf(header + u"\"a\"=hex:01,02,\\\r\n  03,0")), 4);
+    EXPECT_EQ(failingLine(fileOf(header + u"[\"HKEY_LOCAL_MACHINE\\\\a\" x]")), 3);
     EXPECT_EQ(failingLine(fileOf(header + u"\"a\"=dword:100000000")), 3);
     EXPECT_EQ(failingLine(fileOf(header + u"\"a\"=dword:")), 3);
     EXPECT_EQ(failingLine(fileOf(header + u"\"a\"=hex:01,zz")), 3);

@@ -48,11 +48,18 @@ TEST_F(StoreCommands, ValueFamiliesFollowTheirOwnDefaultRules)
     EXPECT_FALSE(stored("\\RasEapSettings", "Nothing"));
 }
 
-TEST_F(StoreCommands, RasmanReportsTheWindowsError)
+TEST_F(StoreCommands, RasmanSaysWhatIsMissing)
 {
-    const ToolResult result = runTool({"rasman", "get", "Anything"});
+    ToolResult result = runTool({"rasman", "get", "Anything"});
     EXPECT_EQ(result.status, 1);
-    EXPECT_NE(result.err.find("error 2"), std::string::npos) << result.err;
+    EXPECT_NE(result.err.find("the key HKEY_LOCAL_MACHINE\\SYSTEM\\CurrentControlSet\\Services\\RasMan\\PPP\\EAP\\26 "
+                              "does not exist"),
+              std::string::npos)
+        << result.err;
+    ASSERT_EQ(runTool({"reg", "add", "HKLM\\SYSTEM\\CurrentControlSet\\Services\\RasMan\\PPP\\EAP\\26"}).status, 0);
+    result = runTool({"rasman", "get", "Anything"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_NE(result.err.find("no value \"Anything\" in"), std::string::npos) << result.err;
 }
 
 TEST_F(StoreCommands, NetworkProfilesKeepTheirSecretOutOfSight)

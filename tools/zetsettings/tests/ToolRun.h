@@ -3,6 +3,7 @@
 #define ZETSETTINGS_TOOLS_TESTS_TOOLRUN_H
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "support/TestRegistry.h"
@@ -15,8 +16,15 @@ struct ToolResult {
     std::string err;
 };
 
+// How the program runs besides its arguments.
+struct ToolSetting {
+    std::vector<std::pair<std::string, std::string> > environment;  // variables set in the child
+    bool unprivileged = false;  // as a user that may read the test's store but not write it
+};
+
 // The program's exit status and everything it wrote; `input` is its standard input.
 ToolResult runTool(const std::vector<std::string>& args, const std::string& input = "");
+ToolResult runTool(const std::vector<std::string>& args, const ToolSetting& setting);
 
 std::string readFile(const std::string& path);
 void writeFile(const std::string& path, const std::string& bytes);

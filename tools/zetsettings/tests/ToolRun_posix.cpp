@@ -1,10 +1,13 @@
 #include "ToolRun.h"
 
+#include "support/ProcessRights.h"
+
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cstdlib>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
@@ -39,7 +42,19 @@ void collect(int outFd, int errFd, std::string& out, std::string& err)
 
 }  // namespace
 
+ToolResult runTool(const std::vector<std::string>& args, const std::string& input, const ToolSetting& setting);
+
 ToolResult runTool(const std::vector<std::string>& args, const std::string& input)
+{
+    return runTool(args, input, ToolSetting());
+}
+
+ToolResult runTool(const std::vector<std::string>& args, const ToolSetting& setting)
+{
+    return runTool(args, std::string(), setting);
+}
+
+ToolResult runTool(const std::vector<std::string>& args, const std::string& input, const ToolSetting& setting)
 {
     int in[2], out[2], err[2];
     if (pipe(in) != 0 || pipe(out) != 0 || pipe(err) != 0)
@@ -53,6 +68,10 @@ ToolResult runTool(const std::vector<std::string>& args, const std::string& inpu
         dup2(err[1], 2);
         for (int fd : {in[0], in[1], out[0], out[1], err[0], err[1]})
             close(fd);
+        for (const auto& variable : setting.environment)
+            setenv(variable.first.c_str(), variable.second.c_str(), 1);
+        if (setting.unprivileged && !zettest::becomeUnprivileged())
+            _exit(126);
         std::vector<char*> argv;
         argv.push_back(const_cast<char*>(ZET_TOOL_PATH));
         for (const std::string& arg : args)
