@@ -132,6 +132,18 @@ TEST(SerialContainer, LargeCountOverFewBytesFailsWithoutTrustingTheCount)
     EXPECT_EQ(map.size(), 1u);
 }
 
+TEST(SerialContainer, AFailedVectorReadKeepsNoRoomForElementsThatNeverCame)
+{
+    // 0x7FFFFFFF texts claimed over 1 MiB, the first or the second of them cut: room for a
+    // quarter million may be reserved while reading, none of it may stay.
+    for (const char* before : {"", "02 00 00 00 61 00"}) {
+        TextVector vector;
+        const Bytes bytes = hex("FF FF FF 7F") + hex(before) + hex("FF FF FF 00") + Bytes(1 << 20, 0);
+        EXPECT_EQ(readInto(vector, bytes), 0);
+        EXPECT_EQ(vector.capacity(), vector.size());
+    }
+}
+
 TEST(SerialContainer, CutElementIsDroppedAndTheCompleteOnesStay)
 {
     // Three entries claimed: two whole, the third's value cut inside its text.
