@@ -201,6 +201,22 @@ TEST_F(ProtectedValueStoresTest, AUserMapThatDoesntDecryptIsAbsentAndTheNextUser
     EXPECT_EQ(L"new", textOf(L"JUDY"));
 }
 
+// Where wchar_t is 32 bits, U+10000 and its two surrogates as separate characters are two keys
+// of the caller's map that write the same units.
+TEST_F(ProtectedValueStoresTest, KeysThatWriteTheSameUnitsAreBothStoredAndTheJoinedOneReadsBack)
+{
+    const std::wstring joined = L"\U00010000";
+    const std::wstring split = {static_cast<wchar_t>(0xD800), static_cast<wchar_t>(0xDC00)};
+    if (joined == split)
+        GTEST_SKIP() << "wchar_t is 16 bits: the two are one text";
+    setKeys({{joined, keyEntry(L"joined")}, {split, keyEntry(L"split")}});
+
+    const std::string stored = decrypt(rawValue(kBase, L"FallbackKeys"));
+    ASSERT_GE(stored.size(), 4u);
+    EXPECT_EQ(std::string("\x02\0\0\0", 4), stored.substr(0, 4));
+    EXPECT_EQ(storedForm({{joined, keyEntry(L"joined")}}), storedForm(*ZETSettings::getFallbackKeySettings()));
+}
+
 // After every write, the store's bytes hold none of the texts in any encoding. (That the scan
 // finds clear text in the store is shown by the fallback database's records.)
 TEST_F(ProtectedValueStoresTest, NoSecretStandsInTheClearAfterAnyWrite)

@@ -70,6 +70,33 @@ TEST(SerialContainer, TextKeysOrderByUtf16CodeUnitWithCaseDistinct)
                                 "  02 00 00 00 FD FF 01 00 00 00 31"));
 }
 
+// Where wchar_t is 32 bits, U+10000 and its surrogates as two characters write the same units:
+// they are still two keys, and the one a read gives back writes first.
+TEST(SerialContainer, TextKeysCompareAsTheyWriteAndNoTwoTextsAreOneKey)
+{
+    const ser_wstring joined(L"\U00010000");
+    const ser_wstring split(std::wstring{static_cast<wchar_t>(0xD800), static_cast<wchar_t>(0xDC00)});
+    const struct {
+        ser_wstring first, second;
+    } ordered[] = {{L"B", L"a"}, {L"a", L"ab"}, {L"\U0001F600", L"\xFFFD"}, {joined, split},
+                   {joined + split, split + joined}};
+    for (const auto& pair : ordered) {
+        if (pair.first == pair.second)
+            continue;  // one text where wchar_t is 16 bits
+        EXPECT_TRUE(pair.first < pair.second && pair.first <= pair.second && pair.second > pair.first);
+        EXPECT_FALSE(pair.second < pair.first || pair.second <= pair.first || pair.first > pair.second);
+        EXPECT_TRUE(std::less<ser_wstring>()(pair.first, pair.second));
+        EXPECT_FALSE(std::less<ser_wstring>()(pair.second, pair.first));
+    }
+    TextMap map;
+    map[split] = "2";
+    map[joined] = "1";
+    EXPECT_EQ(map.size(), joined == split ? 1u : 2u);
+    TextMap back;
+    readInto(back, written(map));
+    EXPECT_EQ(back.at(joined), "1");
+}
+
 TEST(SerialContainer, VectorKeepsItsOrderAndStopsBehindTheLastElement)
 {
     const TextVector vector = texts({L"zeta", L"", L"alpha", L"zeta"});
