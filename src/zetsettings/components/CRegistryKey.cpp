@@ -8,6 +8,8 @@
 #include <new>
 #include <utility>
 
+#include "zetsettings/platform/RegistryData.h"
+
 namespace JetByteTools {
 namespace {
 
@@ -28,11 +30,9 @@ bool isText(DWORD type)
 }
 
 // The characters of a text value, without the terminators that usually end it.
-std::wstring textOf(const std::basic_string<BYTE>& data)
+std::wstring textOf(DWORD type, const std::basic_string<BYTE>& data)
 {
-    std::wstring text(data.size() / sizeof(wchar_t), L'\0');
-    if (!text.empty())
-        std::memcpy(&text[0], data.data(), text.size() * sizeof(wchar_t));
+    std::wstring text = zet::platform::wideTextOfRegistryData(type, data.data(), static_cast<DWORD>(data.size()));
     const std::wstring::size_type end = text.find(L'\0');
     if (end != std::wstring::npos)
         text.resize(end);
@@ -88,7 +88,7 @@ CRegistryKey::Value::Value(const std::wstring& name, DWORD type, std::basic_stri
     : m_name(name), m_type(type), m_data(std::move(data))
 {
     if (isText(m_type))
-        m_text = textOf(m_data);
+        m_text = textOf(m_type, m_data);
     else if (m_type == REG_DWORD && m_data.size() >= sizeof(DWORD))
         m_text = std::to_wstring(AsDWORD());
 }
@@ -297,7 +297,7 @@ bool CRegistryKey::QueryValue(const wchar_t* name, wchar_t** text) const
     Read(name, type, data);
     if (!isText(type))
         throw Exception(L"CRegistryKey::QueryValue", ERROR_INVALID_DATA);
-    const std::wstring characters = textOf(data);
+    const std::wstring characters = textOf(type, data);
     wchar_t* copy = static_cast<wchar_t*>(allocateOrThrow((characters.size() + 1) * sizeof(wchar_t)));
     std::wmemcpy(copy, characters.c_str(), characters.size() + 1);
     *text = copy;

@@ -52,10 +52,11 @@ int ZETBuf::serializeToBuf(ZETBuf& dest) const
 
 int ZETBuf::deserializeFromBuf(const ZETBuf& src)
 {
-    if (&src == this) {
-        // Reading a buffer from its own bytes: keep them apart from what is written.
-        const ZETBuf copy(src);
-        return ZETDeserializeFromBuf(*this, copy);
-    }
-    return ZETDeserializeFromBuf(*this, src);
+    // Reading a buffer from its own bytes: keep them apart from what is written.
+    const int read = &src == this ? ZETDeserializeFromBuf(*this, ZETBuf(src)) : ZETDeserializeFromBuf(*this, src);
+    // A failed read leaves nothing of the old bytes: a stored profile's secret that doesn't
+    // decrypt must not stand in for its plain form.
+    if (read == 0)
+        m_bytes.clear();
+    return read;
 }

@@ -37,6 +37,8 @@ public:
     int deserialize(const ZETBufferBChk& src) override;
     int getSerLength() const override;
     int serializeToBuf(ZETBuf& dest) override;
+    // Reads this buffer's serial form from the bytes of src; a read that fails leaves the
+    // buffer empty, unlike a read from a cursor, which leaves it unchanged.
     int deserializeFromBuf(const ZETBuf& src) override;
     // The inner layer of a stored network profile: this buffer's own serial form into dest.
     // dest may be this buffer itself.

@@ -30,11 +30,10 @@ void ZETSettings::setUserSettings(const std::wstring& user, boost::shared_ptr<ZE
     if (!settings)
         return;
     try {
+        // A stored map that doesn't decrypt was made under another key and reads as absent:
+        // the map starts empty and this entry is saved as its first.
         ZETUserSettingsMap map;
-        // A stored map that no longer decrypts still holds every other user's record: saving
-        // this one entry over it would lose them all, so nothing is written.
-        if (loadProtectedValue(kUserSettingsValue, map, &getLocalMachineBase) == ProtectedLoad::Undecryptable)
-            return;
+        loadUserSettings(map);
         std::wstring key(user);
         ZETMiscUtil::toLower(key);
         map.users[ser_wstring(key)] = *settings;

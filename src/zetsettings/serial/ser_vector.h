@@ -6,12 +6,14 @@
 // A read empties the vector first, whatever happens next. The count is read as a signed 32-bit
 // number: 0 or negative reads as empty with the result 4. An element that fails ends the read
 // with 0; the complete elements before it stay. Capacity is reserved only as far as the bytes
-// that remain could hold elements, never by the count alone.
+// that remain could hold elements, never by the count alone, and a failed read keeps no more
+// than its complete elements take.
 #ifndef ZETSETTINGS_SERIAL_SER_VECTOR_H
 #define ZETSETTINGS_SERIAL_SER_VECTOR_H
 
 #include <algorithm>
 #include <cstdint>
+#include <iterator>
 #include <vector>
 
 #include "zetsettings/components/ZETSerializeInterface.h"
@@ -53,6 +55,7 @@ public:
             const int read = this->back().deserialize(src);
             if (read == 0 || !ZETWire::addResult(total, read)) {
                 this->pop_back();
+                releaseUnused();
                 return 0;
             }
         }
@@ -72,6 +75,15 @@ public:
     {
         const ZETBufferBChk cursor(src, length > 0 && src ? static_cast<uint32_t>(length) : 0);
         return deserialize(cursor);
+    }
+
+private:
+    // What was reserved for elements that never came goes again: a hostile count over many
+    // bytes must not leave its reserve behind in a record that lives on.
+    void releaseUnused()
+    {
+        std::vector<T> kept(std::make_move_iterator(this->begin()), std::make_move_iterator(this->end()));
+        this->std::vector<T>::swap(kept);
     }
 };
 

@@ -33,3 +33,13 @@ int ser_wstring::deserialize(const unsigned char* src, int length)
     const ZETBufferBChk cursor(src, length > 0 && src ? static_cast<uint32_t>(length) : 0);
     return deserialize(cursor);
 }
+
+int compareWireOrder(const std::wstring& a, const std::wstring& b)
+{
+    const int byUnits = ZETUtf16::compare(a.data(), a.size(), b.data(), b.size());
+    if (byUnits != 0)
+        return byUnits;
+    // Same units, so at the first difference one text holds a joined pair where the other holds
+    // its high surrogate: the larger character goes first.
+    return b.compare(a);
+}

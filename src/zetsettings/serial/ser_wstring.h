@@ -1,5 +1,6 @@
-// A wide string with a serial form: every string operation and comparison is that of
-// std::basic_string<wchar_t>.
+// A wide string with a serial form: every string operation and equality is that of
+// std::basic_string<wchar_t>; its order is that of the wire (see below), the same where
+// wchar_t is 16 bits.
 //
 // Wire form: the byte count as an unsigned 32-bit little-endian number, equal to twice the
 // number of UTF-16 code units, then the units low byte first; no terminator. "ab" is
@@ -14,6 +15,7 @@
 
 #include <functional>
 #include <string>
+#include <type_traits>
 
 #include "zetsettings/components/ZETSerializeInterface.h"
 #include "zetsettings/serial/ZETUtf16.h"
@@ -35,16 +37,34 @@ public:
     virtual int deserialize(const unsigned char* src, int length);
 };
 
-// Maps keyed by wide text write their entries in UTF-16 code unit order on every platform.
-// Where wchar_t is 16 bits this is the string's own order; where it is 32 bits the two differ
-// for characters beyond U+FFFF against those from U+E000 up, and the wire's order wins.
+// Wide text orders by its UTF-16 code units, the order in which maps keyed by it write their
+// entries on every platform. Where wchar_t is 16 bits this is the string's own order. Where it
+// is 32 bits, two different texts can write the same units: a character beyond U+FFFF and its
+// two surrogates as separate characters. They still never compare equal; the one with its pairs
+// joined, which is what a read gives back, comes first.
+int compareWireOrder(const std::wstring& a, const std::wstring& b);
+
+// The same order against plain wide text, on either side.
+template <class A, class B>
+using EnableWireOrder =
+    typename std::enable_if<(std::is_same<A, ser_wstring>::value || std::is_same<B, ser_wstring>::value) &&
+                                std::is_convertible<const A&, std::wstring>::value &&
+                                std::is_convertible<const B&, std::wstring>::value,
+                            bool>::type;
+
+template <class A, class B, EnableWireOrder<A, B> = true>
+inline bool operator<(const A& a, const B& b) { return compareWireOrder(a, b) < 0; }
+template <class A, class B, EnableWireOrder<A, B> = true>
+inline bool operator>(const A& a, const B& b) { return compareWireOrder(a, b) > 0; }
+template <class A, class B, EnableWireOrder<A, B> = true>
+inline bool operator<=(const A& a, const B& b) { return compareWireOrder(a, b) <= 0; }
+template <class A, class B, EnableWireOrder<A, B> = true>
+inline bool operator>=(const A& a, const B& b) { return compareWireOrder(a, b) >= 0; }
+
 namespace std {
 template <>
 struct less<ser_wstring> {
-    bool operator()(const ser_wstring& a, const ser_wstring& b) const
-    {
-        return ZETUtf16::compare(a.data(), a.size(), b.data(), b.size()) < 0;
-    }
+    bool operator()(const ser_wstring& a, const ser_wstring& b) const { return a < b; }
 };
 } // namespace std
 

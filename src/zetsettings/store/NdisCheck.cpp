@@ -2,11 +2,11 @@
 // This one check goes to the registry functions directly and reports no registry failure.
 #include "zetsettings/ZETSettings.h"
 
-#include <cstring>
 #include <vector>
 
 #include "zetsettings/components/ZETMiscUtil.h"
 #include "zetsettings/components/ZETMutexGrabber.h"
+#include "zetsettings/platform/RegistryData.h"
 
 namespace {
 
@@ -40,26 +40,26 @@ bool isFailover(std::wstring entry)
     return entry == kFailover;
 }
 
-// The raw data of FilterClasses, whatever type it has; false when it can't be read.
-bool readFilterClasses(HKEY key, std::vector<BYTE>& data)
+// The text of FilterClasses, whatever type it has: its data as UTF-16, NULs included. False
+// when it can't be read.
+bool readFilterClasses(HKEY key, std::wstring& text)
 {
     DWORD size = 0;
     if (RegQueryValueExW(key, kFilterClasses, 0, 0, 0, &size) != ERROR_SUCCESS)
         return false;
-    data.resize(size);
-    if (RegQueryValueExW(key, kFilterClasses, 0, 0, data.data(), &size) != ERROR_SUCCESS)
+    std::vector<BYTE> data(size);
+    // The type only tells the seam how the data came out; every type is read as text.
+    DWORD type = REG_NONE;
+    if (RegQueryValueExW(key, kFilterClasses, 0, &type, data.data(), &size) != ERROR_SUCCESS)
         return false;
-    data.resize(size);
+    text = zet::platform::wideTextOfRegistryData(type, data.data(), size);
     return true;
 }
 
 // The entries of a multi-string: every NUL at either end goes first, so that extra
-// terminators do not count as empty entries. An odd trailing byte is no character.
-std::vector<std::wstring> entriesOf(const std::vector<BYTE>& data, const std::wstring& delimiter)
+// terminators do not count as empty entries.
+std::vector<std::wstring> entriesOf(const std::wstring& text, const std::wstring& delimiter)
 {
-    std::wstring text(data.size() / sizeof(wchar_t), L'\0');
-    if (!text.empty())
-        std::memcpy(&text[0], data.data(), text.size() * sizeof(wchar_t));
     return ZETMiscUtil::split(ZETMiscUtil::trim(text, L'\0'), delimiter);
 }
 
@@ -90,11 +90,11 @@ bool ZETSettings::checkNdisStackingOrder()
     OpenedKey key;
     if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, kNetworkControlKey, 0, KEY_ALL_ACCESS, key.receiver()) != ERROR_SUCCESS)
         return true;
-    std::vector<BYTE> data;
-    if (!readFilterClasses(key.get(), data))
+    std::wstring text;
+    if (!readFilterClasses(key.get(), text))
         return true;
 
-    const std::vector<std::wstring> entries = entriesOf(data, delimiter);
+    const std::vector<std::wstring> entries = entriesOf(text, delimiter);
     if (!entries.empty() && isFailover(entries.back()))
         return true;
     writeWithFailoverLast(key.get(), entries, delimiter);

@@ -142,6 +142,21 @@ TEST_F(NetworkSettingsTest, StoredBytesThatAreNoProfileGivePartialOrDefaultRecor
     EXPECT_FALSE(readRaw(kNetworkSettings, L"junk_0", left));
 }
 
+// Made under another key or tampered with: here a true ciphertext with its last byte changed.
+TEST_F(NetworkSettingsTest, ASecretThatDoesntDecryptComesBackEmptyNeverAsItsCiphertext)
+{
+    Profile tampered = makeProfile(L"tampered", kSecret);
+    std::string cipher = ZETProtectData().encryptData(bufferOf(plainForm(tampered->protectedBlob)), ZETBuf("")).bytes();
+    ASSERT_FALSE(cipher.empty());
+    cipher.back() ^= 0x01;
+    tampered->protectedBlob = bufferOf(cipher);
+    writeRaw(kNetworkSettings, L"tampered_00", plainForm(*tampered));
+
+    const std::string expected = formOf(makeProfile(L"tampered", ""));
+    EXPECT_EQ(expected, formOf(ZETSettings::getNetworkSettings(L"tampered")));
+    EXPECT_EQ(expected, formOf(ZETSettings::deleteNetworkSettings(L"tampered")));
+}
+
 TEST_F(NetworkSettingsTest, ForeignValueNamesAreListedOrFailTheListing)
 {
     ZETSettings::setNetworkSettings(L"Lab_Net1", makeProfile(L"lab", kSecret));

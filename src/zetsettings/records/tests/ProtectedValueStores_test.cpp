@@ -165,10 +165,6 @@ TEST_F(ProtectedValueStoresTest, BadStoredValuesReadAsFarAsTheyGoAndLoseNoReadab
     EXPECT_TRUE(ZETSettings::getFallbackKeySettings()->empty());
     EXPECT_EQ(L"<none>", textOf(L"anyone"));
     EXPECT_EQ(L"||0", storedLogin());
-    // A user map that doesn't decrypt is not overwritten by one entry: the others may be in it.
-    ZETSettings::setUserSettings(L"judy", userRecord(L"new"));
-    ZETSettings::removeUserSettings(L"judy");
-    EXPECT_EQ(foreign, rawValue(kBase, L"UserSettings"));
 
     // Cut inside the last entry: the entries before it read, and a save keeps them.
     const std::string keys = storedForm({{L"a", keyEntry(L"whole")}, {L"b", keyEntry(L"cut")}});
@@ -188,6 +184,37 @@ TEST_F(ProtectedValueStoresTest, BadStoredValuesReadAsFarAsTheyGoAndLoseNoReadab
     EXPECT_EQ(L"user|pass|0", storedLogin());
     storeProtected(L"LoginSettings", loginForm(L"u", L"p", 2, 2, 255));
     EXPECT_EQ(L"u|p|0", storedLogin());
+}
+
+// A map made under another key (here: bytes that are no ciphertext) holds nothing readable.
+TEST_F(ProtectedValueStoresTest, AUserMapThatDoesntDecryptIsAbsentAndTheNextUserSavedStartsANewOne)
+{
+    const std::string foreign(80, '\x33');
+    writeRaw(kBase, L"UserSettings", foreign);
+    ZETSettings::removeUserSettings(L"judy");
+    EXPECT_EQ(foreign, rawValue(kBase, L"UserSettings"));
+
+    ZETSettings::setUserSettings(L"Judy", userRecord(L"new"));
+    ZETUserSettingsMap expected;
+    expected.users[ser_wstring(L"judy")] = *userRecord(L"new");
+    EXPECT_EQ(plainForm(expected), decrypt(rawValue(kBase, L"UserSettings")));
+    EXPECT_EQ(L"new", textOf(L"JUDY"));
+}
+
+// Where wchar_t is 32 bits, U+10000 and its two surrogates as separate characters are two keys
+// of the caller's map that write the same units.
+TEST_F(ProtectedValueStoresTest, KeysThatWriteTheSameUnitsAreBothStoredAndTheJoinedOneReadsBack)
+{
+    const std::wstring joined = L"\U00010000";
+    const std::wstring split = {static_cast<wchar_t>(0xD800), static_cast<wchar_t>(0xDC00)};
+    if (joined == split)
+        GTEST_SKIP() << "wchar_t is 16 bits: the two are one text";
+    setKeys({{joined, keyEntry(L"joined")}, {split, keyEntry(L"split")}});
+
+    const std::string stored = decrypt(rawValue(kBase, L"FallbackKeys"));
+    ASSERT_GE(stored.size(), 4u);
+    EXPECT_EQ(std::string("\x02\0\0\0", 4), stored.substr(0, 4));
+    EXPECT_EQ(storedForm({{joined, keyEntry(L"joined")}}), storedForm(*ZETSettings::getFallbackKeySettings()));
 }
 
 // After every write, the store's bytes hold none of the texts in any encoding. (That the scan

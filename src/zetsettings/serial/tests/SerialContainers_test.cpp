@@ -70,6 +70,33 @@ TEST(SerialContainer, TextKeysOrderByUtf16CodeUnitWithCaseDistinct)
                                 "  02 00 00 00 FD FF 01 00 00 00 31"));
 }
 
+// Where wchar_t is 32 bits, U+10000 and its surrogates as two characters write the same units:
+// they are still two keys, and the one a read gives back writes first.
+TEST(SerialContainer, TextKeysCompareAsTheyWriteAndNoTwoTextsAreOneKey)
+{
+    const ser_wstring joined(L"\U00010000");
+    const ser_wstring split(std::wstring{static_cast<wchar_t>(0xD800), static_cast<wchar_t>(0xDC00)});
+    const struct {
+        ser_wstring first, second;
+    } ordered[] = {{L"B", L"a"}, {L"a", L"ab"}, {L"\U0001F600", L"\xFFFD"}, {joined, split},
+                   {joined + split, split + joined}};
+    for (const auto& pair : ordered) {
+        if (pair.first == pair.second)
+            continue;  // one text where wchar_t is 16 bits
+        EXPECT_TRUE(pair.first < pair.second && pair.first <= pair.second && pair.second > pair.first);
+        EXPECT_FALSE(pair.second < pair.first || pair.second <= pair.first || pair.first > pair.second);
+        EXPECT_TRUE(std::less<ser_wstring>()(pair.first, pair.second));
+        EXPECT_FALSE(std::less<ser_wstring>()(pair.second, pair.first));
+    }
+    TextMap map;
+    map[split] = "2";
+    map[joined] = "1";
+    EXPECT_EQ(map.size(), joined == split ? 1u : 2u);
+    TextMap back;
+    readInto(back, written(map));
+    EXPECT_EQ(back.at(joined), "1");
+}
+
 TEST(SerialContainer, VectorKeepsItsOrderAndStopsBehindTheLastElement)
 {
     const TextVector vector = texts({L"zeta", L"", L"alpha", L"zeta"});
@@ -130,6 +157,18 @@ TEST(SerialContainer, LargeCountOverFewBytesFailsWithoutTrustingTheCount)
     NumberMap map;
     EXPECT_EQ(readInto(map, hex("FF FF FF 7F  01 00 00 00 01 00 00 00  02")), 0);
     EXPECT_EQ(map.size(), 1u);
+}
+
+TEST(SerialContainer, AFailedVectorReadKeepsNoRoomForElementsThatNeverCame)
+{
+    // 0x7FFFFFFF texts claimed over 1 MiB, the first or the second of them cut: room for a
+    // quarter million may be reserved while reading, none of it may stay.
+    for (const char* before : {"", "02 00 00 00 61 00"}) {
+        TextVector vector;
+        const Bytes bytes = hex("FF FF FF 7F") + hex(before) + hex("FF FF FF 00") + Bytes(1 << 20, 0);
+        EXPECT_EQ(readInto(vector, bytes), 0);
+        EXPECT_EQ(vector.capacity(), vector.size());
+    }
 }
 
 TEST(SerialContainer, CutElementIsDroppedAndTheCompleteOnesStay)

@@ -11,6 +11,7 @@
 #include "support/ProcessRights.h"
 #include "support/TestRegistry.h"
 #include "zetsettings/ZETSettings.h"
+#include "zetsettings/serial/ZETUtf16.h"
 #include "zetsettings/store/tests/RawRegistry.h"
 
 namespace {
@@ -18,15 +19,28 @@ namespace {
 const wchar_t kNetworkKey[] = L"SYSTEM\\CurrentControlSet\\Control\\Network";
 const wchar_t kFilterClasses[] = L"FilterClasses";
 
-// The bytes of a text as the registry functions take and give them, with odd bytes behind. Texts
-// are written with '|' for each NUL, for legibility.
-std::vector<BYTE> bytesOf(std::wstring text, DWORD extraBytes = 0)
+bool isTextType(DWORD type)
+{
+    return type == REG_SZ || type == REG_EXPAND_SZ || type == REG_MULTI_SZ;
+}
+
+// The bytes of a text as the registry functions take and give them for a value of that type,
+// with odd bytes behind: text types in wchar_t units, any other type as stored, in UTF-16.
+// Texts are written with '|' for each NUL, for legibility.
+std::vector<BYTE> bytesOf(std::wstring text, DWORD type = REG_MULTI_SZ, DWORD extraBytes = 0)
 {
     for (wchar_t& c : text)
         c = c == L'|' ? L'\0' : c;
-    std::vector<BYTE> bytes(text.size() * sizeof(wchar_t) + extraBytes, 0x41);
-    if (!text.empty())
-        std::memcpy(bytes.data(), text.data(), text.size() * sizeof(wchar_t));
+    std::vector<BYTE> bytes;
+    if (isTextType(type)) {
+        bytes.resize(text.size() * sizeof(wchar_t));
+        if (!text.empty())
+            std::memcpy(bytes.data(), text.data(), bytes.size());
+    } else {
+        bytes.resize(2 * ZETUtf16::unitCount(text.data(), text.size()));
+        ZETUtf16::encode(text.data(), text.size(), bytes.data());
+    }
+    bytes.resize(bytes.size() + extraBytes, 0x41);
     return bytes;
 }
 
@@ -37,7 +51,7 @@ rawreg::RawValue filterClasses()
 
 void plant(const std::wstring& text, DWORD type = REG_MULTI_SZ, DWORD extraBytes = 0)
 {
-    const std::vector<BYTE> bytes = bytesOf(text, extraBytes);
+    const std::vector<BYTE> bytes = bytesOf(text, type, extraBytes);
     ASSERT_EQ(ERROR_SUCCESS,
               rawreg::write(kNetworkKey, kFilterClasses, type, bytes.data(), static_cast<DWORD>(bytes.size())));
 }
@@ -61,10 +75,14 @@ TEST_F(NdisCheckTest, TheLastEntryDecidesAndAWrongListIsRewrittenWithFailoverLas
         // Every occurrence drops out; the class comes back once, in lower case.
         {L"failover|alpha|FAILOVER|beta||", REG_MULTI_SZ, 0, L"alpha|beta|failover||"},
         {L"||failover2|Gamma||||", REG_MULTI_SZ, 0, L"failover2|Gamma|failover||"},  // whole entries only
-        {L"failover|alpha||", REG_BINARY, 1, L"alpha|failover||"},  // an odd byte is no character
         {L"", REG_MULTI_SZ, 0, L"failover||"},
         {L"||||", REG_MULTI_SZ, 0, L"failover||"},
-        {L"alpha|", REG_SZ, 0, L"alpha|failover||"},  // the type is not looked at
+        // The type is not looked at: the data of any type is read as UTF-16.
+        {L"alpha|", REG_SZ, 0, L"alpha|failover||"},
+        {L"failover|alpha||", REG_BINARY, 1, L"alpha|failover||"},  // an odd byte is no character
+        {L"alpha|Beta||", REG_NONE, 0, L"alpha|Beta|failover||"},
+        {L"\U0001F600x|Beta|FailOver||", REG_BINARY, 0, nullptr},
+        {L"\U0001F600x|Beta||", REG_BINARY, 0, L"\U0001F600x|Beta|failover||"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(std::string(c.before.begin(), c.before.end()));
