@@ -17,6 +17,8 @@ struct ToolResult {
 
 // The program's exit status and everything it wrote; `input` is its standard input.
 ToolResult runTool(const std::vector<std::string>& args, const std::string& input = "");
+// The same as another user: `setpriv` run with `identity` (its options) starts the program.
+ToolResult runToolAs(const std::vector<std::string>& identity, const std::vector<std::string>& args);
 
 std::string readFile(const std::string& path);
 void writeFile(const std::string& path, const std::string& bytes);

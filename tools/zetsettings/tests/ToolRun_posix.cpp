@@ -37,9 +37,7 @@ void collect(int outFd, int errFd, std::string& out, std::string& err)
     }
 }
 
-}  // namespace
-
-ToolResult runTool(const std::vector<std::string>& args, const std::string& input)
+ToolResult runProgram(const std::vector<std::string>& command, const std::string& input)
 {
     int in[2], out[2], err[2];
     if (pipe(in) != 0 || pipe(out) != 0 || pipe(err) != 0)
@@ -54,11 +52,10 @@ ToolResult runTool(const std::vector<std::string>& args, const std::string& inpu
         for (int fd : {in[0], in[1], out[0], out[1], err[0], err[1]})
             close(fd);
         std::vector<char*> argv;
-        argv.push_back(const_cast<char*>(ZET_TOOL_PATH));
-        for (const std::string& arg : args)
+        for (const std::string& arg : command)
             argv.push_back(const_cast<char*>(arg.c_str()));
         argv.push_back(nullptr);
-        execv(ZET_TOOL_PATH, argv.data());
+        execv(argv[0], argv.data());
         _exit(127);
     }
     close(in[0]);
@@ -74,6 +71,24 @@ ToolResult runTool(const std::vector<std::string>& args, const std::string& inpu
     waitpid(child, &status, 0);
     result.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     return result;
+}
+
+}  // namespace
+
+ToolResult runTool(const std::vector<std::string>& args, const std::string& input)
+{
+    std::vector<std::string> command{ZET_TOOL_PATH};
+    command.insert(command.end(), args.begin(), args.end());
+    return runProgram(command, input);
+}
+
+ToolResult runToolAs(const std::vector<std::string>& identity, const std::vector<std::string>& args)
+{
+    std::vector<std::string> command{"/usr/bin/setpriv"};
+    command.insert(command.end(), identity.begin(), identity.end());
+    command.push_back(ZET_TOOL_PATH);
+    command.insert(command.end(), args.begin(), args.end());
+    return runProgram(command, "");
 }
 
 std::string readFile(const std::string& path)
