@@ -133,7 +133,11 @@ TEST_F(StoreAdmin, InitMakesEveryFileWithTheDeploymentsOwnersAndModesOnceAndSays
         EXPECT_EQ(std::string::npos, again.out.find("made")) << again.out;
         EXPECT_NE(std::string::npos, again.out.find("there: " + store + ".key")) << again.out;
         EXPECT_EQ(before, snapshot(fs::path(store).parent_path()));
-        EXPECT_EQ(0, runTool({"store", "info"}).status);
+        const ToolResult info = runTool({"--json", "store", "info"});
+        EXPECT_EQ(0, info.status) << info.err;
+        for (const char* field : {"\"chosenBy\":\"ZET_REGISTRY_DIR\"", "\"mayWrite\":true", "\"key\":\"usable\"",
+                                  "\"liveReaders\":0"})
+            EXPECT_NE(std::string::npos, info.out.find(field)) << field << " in " << info.out;
     }
 }
 
@@ -164,9 +168,12 @@ TEST_F(StoreAdmin, AStoreOrKeyOpenToOthersOrAStrangersIsRefusedByInitAndReported
         EXPECT_EQ(1, init.status);
         EXPECT_NE(std::string::npos, init.err.find(c.path + ":")) << init.err;
         EXPECT_EQ(before, snapshot(folder())) << "init changed a refused store";
-        const ToolResult info = runTool({"store", "info"});
+        const ToolResult info = runTool({"--json", "store", "info"});
         EXPECT_EQ(1, info.status);
         EXPECT_NE(std::string::npos, info.err.find("unsafe: " + c.path)) << info.err;
+        if (c.path == key()) {
+            EXPECT_NE(std::string::npos, info.out.find("\"key\":\"unusable\",\"keyProblem\":\"")) << info.out;
+        }
     }
 }
 

@@ -10,6 +10,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cstdio>
 #include <cstring>
 #include <memory>
 
@@ -168,10 +169,13 @@ struct Environment {
     }
 };
 
+// Lines of "pid thread txnid" (after a heading, or "(no active readers)"); an idle slot shows
+// "-" as its transaction.
 int countReading(const char* line, void* counter)
 {
-    // "pid thread txnid": an idle slot shows "-" as its transaction.
-    if (std::strstr(line, "pid") == nullptr && std::strchr(line, '-') == nullptr)
+    int pid = 0;
+    char thread[32], transaction[32];
+    if (std::sscanf(line, "%d %31s %31s", &pid, thread, transaction) == 3 && std::strcmp(transaction, "-") != 0)
         ++*static_cast<std::uint64_t*>(counter);
     return 0;
 }
@@ -397,7 +401,9 @@ std::string currentStoreDirectory(std::string& chosenBy)
 StoreReport inspectStore(const std::string& directory)
 {
     StoreReport report = inspectFiles(directory);
-    if (report.hasData && mayAccess(directory, X_OK))
+    if (report.exists && !mayAccess(directory, X_OK))
+        report.openError = "this process may not enter the store's directory: it is not one of the store's users";
+    else if (report.hasData)
         describeEnvironment(report);
     return report;
 }
@@ -442,8 +448,9 @@ StoreReport inspectFiles(const std::string& directory)
 std::vector<std::string> initStore(const std::string& directory, const std::string& group)
 {
     std::vector<std::string> lines;
-    if (makeDirectory(directory, group)) {
-        lines.push_back("made " + directory);
+    const bool made = makeDirectory(directory, group);
+    if (made) {
+        lines.push_back("made: " + describeFile(look("directory", directory)));
     } else {
         const StoreReport before = inspectFiles(directory);
         if (before.files.front().present && !S_ISDIR(before.files.front().mode))
@@ -477,8 +484,8 @@ std::vector<std::string> initStore(const std::string& directory, const std::stri
                                    : file.role == "mutex lock" ? store.lockMode()
                                                                : store.dataMode());
             lines.push_back("opened to the store's users " + describeFile(look(file.role, file.path)));
-        } else if (file.role != "directory" || lines.empty()) {
-            lines.push_back("there: " + describeFile(file));
+        } else if (file.role != "directory" || !made) {
+            lines.push_back((made ? "made: " : "there: ") + describeFile(file));
         }
     }
     if (keyError != ERROR_SUCCESS)
