@@ -65,7 +65,7 @@ int runInfo(Args& args, Console& console, const std::string& directory, const st
     printNode(console.out, reportNode(report, chosenBy), console.json);
     const std::vector<std::string> problems = report.problems();
     for (const std::string& problem : problems)
-        console.err << "zetsettings store: unsafe: " << problem << "\n";
+        console.err << "zetsettings store: " << problem << "\n";
     return problems.empty() ? kExitSuccess : kExitFailure;
 }
 
@@ -121,7 +121,8 @@ std::string storeHelp()
            "          file and the key (0600; 0640 in a group store). Says what is there; refuses a\n"
            "          store or key open to others or owned by a stranger.\n"
            "info      which store and why, owners and modes, this process's rights, the key's state,\n"
-           "          entries, size, map size and live readers; exit 1 when something is unsafe.\n"
+           "          entries, size, map size and live readers; exit 1, naming each file, when one is\n"
+           "          unsafe or has another mode than the store gives (init fixes the latter).\n"
            "backup    one new owner-only file: LMDB's consistent copy, taken while others write,\n"
            "          and the key.\n"
            "restore   makes the store and its key from a backup; --replace replaces a store or key\n"

@@ -170,7 +170,7 @@ TEST_F(StoreAdmin, AStoreOrKeyOpenToOthersOrAStrangersIsRefusedByInitAndReported
         EXPECT_EQ(before, snapshot(folder())) << "init changed a refused store";
         const ToolResult info = runTool({"--json", "store", "info"});
         EXPECT_EQ(1, info.status);
-        EXPECT_NE(std::string::npos, info.err.find("unsafe: " + c.path)) << info.err;
+        EXPECT_NE(std::string::npos, info.err.find("store: " + c.path + ":")) << info.err;
         if (c.path == key()) {
             EXPECT_NE(std::string::npos, info.out.find("\"key\":\"unusable\",\"keyProblem\":\"")) << info.out;
         }

@@ -79,8 +79,7 @@ std::string problemOf(const StoreFileReport& file, const StoreOwnership& store, 
     if ((file.mode & 0070) && file.group != store.group)
         return "open to gid " + std::to_string(file.group) + ", not the store's group";
     if ((file.mode & 0777) != (expected & 0777))
-        return "closed to some of the store's users (mode " + octal(file.mode) + ", the store needs " +
-               octal(expected) + ")";
+        return "mode " + octal(file.mode) + ", not the store's " + octal(expected);
     return "";
 }
 
@@ -120,8 +119,7 @@ void describeKey(StoreReport& report, StoreFileReport& key, const StoreOwnership
     else if (key.size != MachineKey::kSize)
         key.problem = "not a key: " + std::to_string(key.size) + " bytes";
     else if (store.keyMode() & 0040 && !(key.mode & 0040))
-        key.problem = "closed to the store's group (mode " + octal(key.mode) + ", the store needs " +
-                      octal(store.keyMode()) + ")";
+        key.problem = "mode " + octal(key.mode) + ", not the store's " + octal(store.keyMode());
     MachineKey loaded;
     const DWORD error = loaded.load(report.directory);
     report.keyState = error == ERROR_SUCCESS ? "usable" : "unusable";
@@ -269,9 +267,10 @@ void refuseUnsafe(const StoreReport& report, const std::string& group)
     throw StoreAdminError(text);
 }
 
+// A file of the store's owner or root that only has another mode than the store gives.
 bool isRepairable(const std::string& problem)
 {
-    return problem.compare(0, 9, "closed to") == 0;
+    return problem.compare(0, 5, "mode ") == 0;
 }
 
 std::string userName(uid_t uid)
@@ -483,7 +482,7 @@ std::vector<std::string> initStore(const std::string& directory, const std::stri
             store.adopt(file.path, file.role == "key"          ? store.keyMode()
                                    : file.role == "mutex lock" ? store.lockMode()
                                                                : store.dataMode());
-            lines.push_back("opened to the store's users " + describeFile(look(file.role, file.path)));
+            lines.push_back("given the store's mode: " + describeFile(look(file.role, file.path)));
         } else if (file.role != "directory" || !made) {
             lines.push_back((made ? "made: " : "there: ") + describeFile(file));
         }
