@@ -71,23 +71,30 @@ DWORD handOutDescription(const std::u16string& description, LPWSTR* out)
     return ERROR_SUCCESS;
 }
 
-bool mayWriteStore()
+enum class StoreRights { Write, Refused, Unknown };
+
+// Only a refusal counts as one: a store that failed to open for another reason (out of memory,
+// descriptors) may open for the write that follows, which must not store a blob nobody opens.
+StoreRights storeRights()
 {
     try {
-        return zet::portable::registry::StoreCatalog::instance().current()->writable();
-    } catch (const zet::portable::registry::StoreFailure&) {
-        return false;
+        return zet::portable::registry::StoreCatalog::instance().current()->writable() ? StoreRights::Write
+                                                                                        : StoreRights::Refused;
+    } catch (const zet::portable::registry::StoreFailure& failure) {
+        return failure.win32Error() == ERROR_ACCESS_DENIED ? StoreRights::Refused : StoreRights::Unknown;
     }
 }
 
 DWORD protect(const DATA_BLOB& data, LPCWSTR description, const DATA_BLOB& entropy, DATA_BLOB& out)
 {
     const std::u16string text = zet::portable::registry::WideText::toUtf16(description);
-    const bool writer = mayWriteStore();
+    const StoreRights rights = storeRights();
     DWORD error = ERROR_SUCCESS;
-    if (const MachineKey* key = MachineKeyCache::fetch(zet::portable::storeDirectory(), writer, error))
+    const MachineKey* key =
+        MachineKeyCache::fetch(zet::portable::storeDirectory(), rights == StoreRights::Write, error);
+    if (key)
         return ProtectedBlob::seal(*key, text, data, entropy, out);
-    if (writer)
+    if (rights != StoreRights::Refused)
         return error;
     MachineKey throwaway;
     throwaway.makeUnsaved();
