@@ -1,8 +1,9 @@
 // The machine key of data protection: 32 random bytes in a file beside the store directory
 // (machineKeyPath), never inside it, so that a copy of the store alone decrypts nothing.
 //
-// The first encryption of a machine makes the key; processes that race to do so agree on one:
-// each writes a candidate under a temporary name (O_CREAT|O_EXCL, mode 0600, synced) and links
+// A process that may write the store makes the key when it opens the store (StoreCatalog) or
+// first encrypts, if there is none; processes that race to do so agree on one: each writes a
+// candidate under a temporary name (O_CREAT|O_EXCL, the key's mode, synced) and links
 // it into place, which never replaces a file that is there; the loser drops its candidate and
 // uses the winner's. Decryption never makes a key: a new key could not open anything old.
 //
@@ -10,8 +11,7 @@
 // readable by the group of a group store. It is only trusted when it is a regular file of
 // exactly 32 bytes, owned by root or by the store directory's owner, writable by nobody else
 // and readable by nobody else but a group store's group. A key file that fails a check is an
-// error and is never replaced. Who may make it is the caller's business (DataProtection: only
-// a process that may write the store).
+// error and is never replaced. Who may make it is the caller's business.
 //
 // A key read from a file keeps that file open, so that asking whether the file has changed
 // since costs one fstat() instead of a lookup of its path.
