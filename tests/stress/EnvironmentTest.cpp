@@ -219,8 +219,8 @@ int fullDiskOn(const fs::path& folder)
 
 }  // namespace
 
-// The store folder named by ZET_REGISTRY_DIR can't be made: every setter fails in silence but
-// the fallback keys', which the registry refuses aloud, and those under the named mutex, which
+// The store folder named by ZET_REGISTRY_DIR can't be made: every setter fails in silence (the
+// fallback keys' reports the registry's refusal where it is one), those under the named mutex
 // throw; nothing is read, nothing is made.
 int unmadeStoreCase(const Options& options)
 {
