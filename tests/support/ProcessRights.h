@@ -14,8 +14,9 @@ bool becomeUnprivileged();
 bool canDropPrivileges();
 
 // Hands the machine key of the test store in storeDirectory to the user of becomeUnprivileged
-// while it lives, so that such a process can encrypt and decrypt and only the registry refuses
-// it. lent() is false where that can't be done.
+// while it lives (the store becomes a group store of that user's group, its files still closed
+// to the group's writes), so that such a process can encrypt and decrypt and only the registry
+// refuses it. lent() is false where that can't be done.
 class MachineKeyLoan {
 public:
     explicit MachineKeyLoan(const std::string& storeDirectory);
@@ -25,6 +26,7 @@ public:
     bool lent() const { return m_lent; }
 
 private:
+    std::string m_storeDirectory;
     std::string m_keyFile;
     bool m_lent = false;
 };

@@ -48,6 +48,7 @@ extern const CommandFamily kChooserFamily;
 extern const CommandFamily kAlertFamily;
 extern const CommandFamily kParamsFamily;
 extern const CommandFamily kNdisFamily;
+extern const CommandFamily kStoreFamily;
 
 // reg.exe's own syntax, messages and exit codes (0 or 1), so it parses its words itself.
 int runReg(const std::vector<std::string>& words, Console& console);

@@ -16,7 +16,7 @@ const std::vector<CommandFamily>& commandFamilies()
     static const std::vector<CommandFamily> families = {
         kBaseFamily, kConfiguratorFamily, kNetlibFamily, kGuiHelperFamily, kRasEapFamily, kZetGuardFamily,
         kRasmanFamily, kNetworkFamily, kFallbackKeysFamily, kUserFamily, kLoginFamily, kFallbackDbFamily,
-        kChooserFamily, kAlertFamily, kParamsFamily, kNdisFamily,
+        kChooserFamily, kAlertFamily, kParamsFamily, kNdisFamily, kStoreFamily,
     };
     return families;
 }

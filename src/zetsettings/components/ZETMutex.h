@@ -21,8 +21,9 @@ public:
     ZETMutex(const ZETMutex&) = delete;
     ZETMutex& operator=(const ZETMutex&) = delete;
 
-    // Blocks until this thread holds the mutex. Returns false if the mutex could not be
-    // waited on at all (the object failed to build).
+    // Blocks until this thread holds the mutex. Returns false, with the last error set, if the
+    // mutex could not be waited on at all (the object failed to build, or a named mutex's
+    // lock file is not open to this process); ZETMutexGrabber throws then.
     bool lock();
     void unlock();
 

@@ -25,6 +25,8 @@ struct ToolSetting {
 // The program's exit status and everything it wrote; `input` is its standard input.
 ToolResult runTool(const std::vector<std::string>& args, const std::string& input = "");
 ToolResult runTool(const std::vector<std::string>& args, const ToolSetting& setting);
+// The same as another user: `setpriv` run with `identity` (its options) starts the program.
+ToolResult runToolAs(const std::vector<std::string>& identity, const std::vector<std::string>& args);
 
 std::string readFile(const std::string& path);
 void writeFile(const std::string& path, const std::string& bytes);

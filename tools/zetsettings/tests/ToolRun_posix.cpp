@@ -40,21 +40,7 @@ void collect(int outFd, int errFd, std::string& out, std::string& err)
     }
 }
 
-}  // namespace
-
-ToolResult runTool(const std::vector<std::string>& args, const std::string& input, const ToolSetting& setting);
-
-ToolResult runTool(const std::vector<std::string>& args, const std::string& input)
-{
-    return runTool(args, input, ToolSetting());
-}
-
-ToolResult runTool(const std::vector<std::string>& args, const ToolSetting& setting)
-{
-    return runTool(args, std::string(), setting);
-}
-
-ToolResult runTool(const std::vector<std::string>& args, const std::string& input, const ToolSetting& setting)
+ToolResult runProgram(const std::vector<std::string>& command, const std::string& input, const ToolSetting& setting)
 {
     int in[2], out[2], err[2];
     if (pipe(in) != 0 || pipe(out) != 0 || pipe(err) != 0)
@@ -73,11 +59,10 @@ ToolResult runTool(const std::vector<std::string>& args, const std::string& inpu
         if (setting.unprivileged && !zettest::becomeUnprivileged())
             _exit(126);
         std::vector<char*> argv;
-        argv.push_back(const_cast<char*>(ZET_TOOL_PATH));
-        for (const std::string& arg : args)
+        for (const std::string& arg : command)
             argv.push_back(const_cast<char*>(arg.c_str()));
         argv.push_back(nullptr);
-        execv(ZET_TOOL_PATH, argv.data());
+        execv(argv[0], argv.data());
         _exit(127);
     }
     close(in[0]);
@@ -93,6 +78,34 @@ ToolResult runTool(const std::vector<std::string>& args, const std::string& inpu
     waitpid(child, &status, 0);
     result.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     return result;
+}
+
+std::vector<std::string> toolCommand(const std::vector<std::string>& args)
+{
+    std::vector<std::string> command{ZET_TOOL_PATH};
+    command.insert(command.end(), args.begin(), args.end());
+    return command;
+}
+
+}  // namespace
+
+ToolResult runTool(const std::vector<std::string>& args, const std::string& input)
+{
+    return runProgram(toolCommand(args), input, ToolSetting());
+}
+
+ToolResult runTool(const std::vector<std::string>& args, const ToolSetting& setting)
+{
+    return runProgram(toolCommand(args), std::string(), setting);
+}
+
+ToolResult runToolAs(const std::vector<std::string>& identity, const std::vector<std::string>& args)
+{
+    std::vector<std::string> command{"/usr/bin/setpriv"};
+    command.insert(command.end(), identity.begin(), identity.end());
+    const std::vector<std::string> tool = toolCommand(args);
+    command.insert(command.end(), tool.begin(), tool.end());
+    return runProgram(command, std::string(), ToolSetting());
 }
 
 std::string readFile(const std::string& path)

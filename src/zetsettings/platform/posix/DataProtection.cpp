@@ -1,5 +1,9 @@
 // CryptProtectData and CryptUnprotectData, machine scope only: the blob is sealed under the
-// machine key of the current store (MachineKey, ProtectedBlob). User scope (no
+// machine key of the current store (MachineKey, ProtectedBlob). Only a process that may write
+// the store makes the key. One that may not seals under a key of its own, made for the call and
+// never kept: nothing it seals can reach the store through it, so the registry's refusal, not a
+// failed encryption, is what its caller meets; and it can't leave a key behind that would lock
+// the store's users out. User scope (no
 // CRYPTPROTECT_LOCAL_MACHINE) is refused with ERROR_NOT_SUPPORTED rather than quietly given
 // machine scope, which any user of the store could open. There is no UI, so prompt structures
 // are ignored. On failure the output blob is empty and null.
@@ -13,6 +17,7 @@
 #include "zetsettings/platform/posix/ProtectedBlob.h"
 #include "zetsettings/platform/posix/StoreLocation.h"
 #include "zetsettings/platform/posix/Win32Portable.h"
+#include "zetsettings/platform/posix/registry/StoreCatalog.h"
 #include "zetsettings/platform/posix/registry/WideText.h"
 
 using zet::portable::MachineKey;
@@ -66,13 +71,34 @@ DWORD handOutDescription(const std::u16string& description, LPWSTR* out)
     return ERROR_SUCCESS;
 }
 
+enum class StoreRights { Write, Refused, Unknown };
+
+// Only a refusal counts as one: a store that failed to open for another reason (out of memory,
+// descriptors) may open for the write that follows, which must not store a blob nobody opens.
+StoreRights storeRights()
+{
+    try {
+        return zet::portable::registry::StoreCatalog::instance().current()->writable() ? StoreRights::Write
+                                                                                        : StoreRights::Refused;
+    } catch (const zet::portable::registry::StoreFailure& failure) {
+        return failure.win32Error() == ERROR_ACCESS_DENIED ? StoreRights::Refused : StoreRights::Unknown;
+    }
+}
+
 DWORD protect(const DATA_BLOB& data, LPCWSTR description, const DATA_BLOB& entropy, DATA_BLOB& out)
 {
+    const std::u16string text = zet::portable::registry::WideText::toUtf16(description);
+    const StoreRights rights = storeRights();
     DWORD error = ERROR_SUCCESS;
-    const MachineKey* key = MachineKeyCache::fetch(zet::portable::storeDirectory(), true, error);
-    if (!key)
+    const MachineKey* key =
+        MachineKeyCache::fetch(zet::portable::storeDirectory(), rights == StoreRights::Write, error);
+    if (key)
+        return ProtectedBlob::seal(*key, text, data, entropy, out);
+    if (rights != StoreRights::Refused)
         return error;
-    return ProtectedBlob::seal(*key, zet::portable::registry::WideText::toUtf16(description), data, entropy, out);
+    MachineKey throwaway;
+    throwaway.makeUnsaved();
+    return ProtectedBlob::seal(throwaway, text, data, entropy, out);
 }
 
 DWORD unprotect(const DATA_BLOB& blob, const DATA_BLOB& entropy, LPWSTR* description, DATA_BLOB& out)

@@ -8,17 +8,17 @@
 // Abandonment: a thread (or process) that ends holding the mutex leaves it to the next taker
 // as "owner died", which reports Abandoned, as Windows reports an abandoned mutex.
 //
-// Set-up, once per process and lock file (SharedMutexPage): the file is opened (and made, mode
-// 0666 whatever the umask), checked to be a linked regular file, and mapped for the life of the
+// Set-up, once per process and lock file (SharedMutexPage): the file is opened (and made, with
+// the store's owner, group and lock mode (StoreFiles.h) whatever the umask), checked to be a linked regular file, and mapped for the life of the
 // process; the descriptor is then closed. A header that is missing, of another layout, or from an earlier
 // boot (a machine that went down while somebody held the mutex) is made again under flock() of
 // the file, checked again once the flock is held; the boot id is written last.
 //
-// Every local user may open the file read-write, as the product asks for its mutex with
-// attributes meant to let all of its processes open it (a null DACL on Windows). Any local user
-// can therefore hold the mutex or disturb it, as with the Windows object. A process that can't
-// open the file read-write (a read-only file system, a file made by an older build with mode
-// 0644) gets Failed with ERROR_ACCESS_DENIED, as Windows fails to open a mutex it may not use.
+// Every user of the store may open the file read-write, and in a store that others may read,
+// every local user, as the product asks for its mutex with attributes meant to let all of its
+// processes open it (a null DACL on Windows). A process that can't open the file read-write (a
+// read-only file system, a file made by an older build with mode 0644, a store it may not use)
+// gets Failed with ERROR_ACCESS_DENIED, as Windows fails to open a mutex it may not use.
 //
 // A store directory removed and made again under a running process is not noticed by that
 // process: it keeps the mutex of the store it set up with, as the registry keeps its open store.

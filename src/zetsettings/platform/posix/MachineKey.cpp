@@ -6,6 +6,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "zetsettings/platform/posix/StoreFiles.h"
 #include "zetsettings/platform/posix/StoreLocation.h"
 #include "zetsettings/platform/posix/SystemError.h"
 
@@ -13,10 +14,15 @@ namespace zet {
 namespace portable {
 namespace {
 
-bool isTrusted(const struct stat& info)
+// A key without its store is only this user's or root's: there is no store owner to go by.
+StoreOwnership ownershipOf(const std::string& directory)
 {
-    const bool ownerOk = info.st_uid == 0 || info.st_uid == geteuid();
-    return S_ISREG(info.st_mode) && ownerOk && (info.st_mode & (S_IRWXG | S_IRWXO)) == 0;
+    StoreOwnership store;
+    if (!store.readFrom(directory)) {
+        store = StoreOwnership();
+        store.owner = geteuid();
+    }
+    return store;
 }
 
 bool sameTime(const timespec& a, const timespec& b)
@@ -95,19 +101,25 @@ void MachineKey::forget()
     m_fd = -1;
 }
 
+void MachineKey::makeUnsaved()
+{
+    forget();
+    randombytes_buf(m_bytes, sizeof(m_bytes));
+}
+
 bool MachineKey::fileUnchanged() const
 {
     struct stat now;
     return m_fd >= 0 && fstat(m_fd, &now) == 0 && now.st_nlink > 0 && sameFile(m_file, now);
 }
 
-DWORD MachineKey::load(const std::string& path)
+DWORD MachineKey::load(const std::string& directory)
 {
     forget();
-    const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW);
+    const int fd = open(machineKeyPath(directory).c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW);
     if (fd < 0)
         return win32ErrorFromErrno(errno);
-    const DWORD result = readFrom(fd);
+    const DWORD result = readFrom(fd, ownershipOf(directory));
     if (result == ERROR_SUCCESS) {
         m_fd = fd;
         return result;
@@ -117,18 +129,18 @@ DWORD MachineKey::load(const std::string& path)
     return result;
 }
 
-DWORD MachineKey::loadOrCreate(const std::string& path)
+DWORD MachineKey::loadOrCreate(const std::string& directory)
 {
-    const DWORD loaded = load(path);
+    const DWORD loaded = load(directory);
     if (loaded != ERROR_FILE_NOT_FOUND)
         return loaded;
-    return create(path);
+    return create(directory);
 }
 
-DWORD MachineKey::readFrom(int fd)
+DWORD MachineKey::readFrom(int fd, const StoreOwnership& store)
 {
     struct stat info;
-    if (fstat(fd, &info) != 0 || !isTrusted(info))
+    if (fstat(fd, &info) != 0 || untrustedKeyReason(info, store))
         return ERROR_ACCESS_DENIED;
     if (info.st_size != static_cast<off_t>(kSize))
         return ERROR_INVALID_DATA;
@@ -147,8 +159,9 @@ DWORD MachineKey::readFrom(int fd)
     return ERROR_SUCCESS;
 }
 
-DWORD MachineKey::create(const std::string& path)
+DWORD MachineKey::create(const std::string& storeDirectory)
 {
+    const std::string path = machineKeyPath(storeDirectory);
     const std::string directory = parentOf(path);
     if (const int failure = ensureStoreDirectory(directory))
         return win32ErrorFromErrno(failure);
@@ -157,7 +170,7 @@ DWORD MachineKey::create(const std::string& path)
     const std::string temporary = path + suffix;
 
     randombytes_buf(m_bytes, sizeof(m_bytes));
-    DWORD result = writeCandidate(temporary);
+    DWORD result = writeCandidate(temporary, ownershipOf(storeDirectory));
     if (result == ERROR_SUCCESS) {
         const int placed = placeWithoutReplacing(temporary, path);
         if (placed == 0)
@@ -169,20 +182,21 @@ DWORD MachineKey::create(const std::string& path)
     if (result == ERROR_ALREADY_EXISTS) {
         // Another process placed its key first: that one is the machine's.
         sodium_memzero(m_bytes, sizeof(m_bytes));
-        return load(path);
+        return load(storeDirectory);
     }
     if (result != ERROR_SUCCESS)
         sodium_memzero(m_bytes, sizeof(m_bytes));
     return result;
 }
 
-DWORD MachineKey::writeCandidate(const std::string& temporary)
+DWORD MachineKey::writeCandidate(const std::string& temporary, const StoreOwnership& store)
 {
     const int fd = open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0600);
     if (fd < 0)
         return win32ErrorFromErrno(errno);
-    // Owner only, whatever the umask: a key that others could read would protect nothing.
-    fchmod(fd, 0600);
+    // The store's owner and group, whatever the umask and whoever makes it: a key that others
+    // could read would protect nothing, one that its store's users can't read opens nothing.
+    store.adopt(fd, store.keyMode());
     const bool written = writeAll(fd, m_bytes, sizeof(m_bytes)) && fsync(fd) == 0;
     const int error = errno;
     close(fd);

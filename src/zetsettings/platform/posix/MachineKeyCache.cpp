@@ -35,8 +35,7 @@ const MachineKey* MachineKeyCache::fetch(const std::string& directory, bool crea
     if (cached.directory == directory && cached.key.fileUnchanged())
         return &cached.key;
     cached.directory = directory;
-    const std::string path = machineKeyPath(directory);
-    error = create ? cached.key.loadOrCreate(path) : cached.key.load(path);
+    error = create ? cached.key.loadOrCreate(directory) : cached.key.load(directory);
     return error == ERROR_SUCCESS ? &cached.key : nullptr;
 }
 

@@ -12,6 +12,8 @@
 #include <map>
 #include <mutex>
 
+#include "zetsettings/platform/posix/StoreFiles.h"
+
 namespace zet {
 namespace portable {
 namespace {
@@ -98,7 +100,7 @@ int lockWhole(int fd, int operation)
 
 // The file may be shorter than the page (new, or of an older layout): touching the mapping past
 // its end would fault, so it is grown first; growing keeps the bytes that are there.
-int setUpUnderFlock(int fd, SharedMutexPage& page)
+int setUpUnderFlock(int fd, SharedMutexPage& page, const StoreOwnership& store)
 {
     if (const int failure = lockWhole(fd, LOCK_EX))
         return failure;
@@ -112,18 +114,24 @@ int setUpUnderFlock(int fd, SharedMutexPage& page)
     else if (!isCurrent(page)) {
         failure = initialise(page);
         // Whoever made the file first, every user of the store must be able to take it.
-        if (!failure && info.st_uid == geteuid())
-            (void)fchmod(fd, 0666);
+        if (!failure && (info.st_uid == geteuid() || geteuid() == 0))
+            store.adopt(fd, store.lockMode());
     }
     lockWhole(fd, LOCK_UN);
     return failure;
 }
 
-int openLockFile(const std::string& path)
+std::string directoryOf(const std::string& path)
 {
-    int fd = open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0666);
+    const std::string::size_type slash = path.rfind('/');
+    return slash == std::string::npos ? "." : path.substr(0, slash == 0 ? 1 : slash);
+}
+
+int openLockFile(const std::string& path, const StoreOwnership& store)
+{
+    int fd = open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0600);
     if (fd >= 0)
-        (void)fchmod(fd, 0666);
+        store.adopt(fd, store.lockMode());
     else if (errno == EEXIST)
         fd = open(path.c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW);
     return fd;
@@ -131,7 +139,7 @@ int openLockFile(const std::string& path)
 
 // A file unlinked since the path led to it (its directory removed meanwhile) would order
 // nobody; a folder in its place is not ours to use.
-SharedMutexPage* mapLinkedFile(int fd)
+SharedMutexPage* mapLinkedFile(int fd, const StoreOwnership& store)
 {
     struct stat info;
     if (fstat(fd, &info) != 0)
@@ -147,7 +155,7 @@ SharedMutexPage* mapLinkedFile(int fd)
     const bool whole = info.st_size >= static_cast<off_t>(kSharedMutexPageBytes);
     if (whole && isCurrent(*page))
         return page;
-    if (const int failure = setUpUnderFlock(fd, *page)) {
+    if (const int failure = setUpUnderFlock(fd, *page, store)) {
         munmap(mapped, kSharedMutexPageBytes);
         errno = failure;
         return nullptr;
@@ -158,10 +166,13 @@ SharedMutexPage* mapLinkedFile(int fd)
 // The mapping outlives the descriptor, and the flock of the set-up is done with it.
 SharedMutexPage* openAndMap(const std::string& path)
 {
-    const int fd = openLockFile(path);
+    StoreOwnership store;
+    if (!store.readFrom(directoryOf(path)))
+        return nullptr;
+    const int fd = openLockFile(path, store);
     if (fd < 0)
         return nullptr;
-    SharedMutexPage* page = mapLinkedFile(fd);
+    SharedMutexPage* page = mapLinkedFile(fd, store);
     const int failure = errno;
     close(fd);
     errno = failure;

@@ -2,7 +2,9 @@
 // included), and a process that may not write the registry changes nothing.
 #include <gtest/gtest.h>
 
+
 #include <boost/make_shared.hpp>
+#include <memory>
 #include <string>
 
 #include "support/ChildProcess.h"
@@ -78,16 +80,23 @@ ZET_CHILD_SCENARIO(RecordStoresWithoutWriteRights)
     return 0;
 }
 
+// With the key or without it (the key is its store's, and this user may not read it): the
+// refusal is the registry's, never a failed encryption that would return quietly.
 TEST_F(RecordStoreProcessesTest, AProcessWithoutWriteRightsChangesNothing)
 {
     writeEveryStore(L"parent");
-    {
-        const zettest::MachineKeyLoan loan(registry.storeDirectory());
-        if (!zettest::canDropPrivileges() || !loan.lent())
-            GTEST_SKIP() << "this registry grants every process every right";
-        EXPECT_EQ(0, zettest::runChild("RecordStoresWithoutWriteRights"));
+    for (const bool lend : {true, false}) {
+        SCOPED_TRACE(lend ? "key lent" : "key not readable");
+        {
+            std::unique_ptr<zettest::MachineKeyLoan> loan;
+            if (lend)
+                loan.reset(new zettest::MachineKeyLoan(registry.storeDirectory()));
+            if (!zettest::canDropPrivileges() || (loan && !loan->lent()))
+                GTEST_SKIP() << "this registry grants every process every right";
+            EXPECT_EQ(0, zettest::runChild("RecordStoresWithoutWriteRights"));
+        }
+        EXPECT_EQ(L"parent user,parent pw,110,parent,parent,parent", readEveryStore());
     }
-    EXPECT_EQ(L"parent user,parent pw,110,parent,parent,parent", readEveryStore());
 }
 
 }  // namespace

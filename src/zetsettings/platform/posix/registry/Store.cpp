@@ -6,6 +6,7 @@
 
 #include <algorithm>
 
+#include "zetsettings/platform/posix/StoreFiles.h"
 #include "zetsettings/platform/posix/registry/FileSystemCheck.h"
 #include "zetsettings/platform/posix/registry/RecordKeys.h"
 
@@ -53,11 +54,14 @@ bool isRefusal(int rc)
 }
 
 // By path, not by descriptor: a second descriptor on LMDB's files would drop its locks when
-// closed.
-void makeReadableByAll(const std::string& directory)
+// closed. Whoever made them, root included, they are the store's.
+void giveToStore(const std::string& directory)
 {
-    chmod((directory + "/data.mdb").c_str(), kFileMode);
-    chmod((directory + "/lock.mdb").c_str(), kFileMode);
+    StoreOwnership store;
+    if (!store.readFrom(directory))
+        return;
+    store.adopt(directory + "/data.mdb", store.dataMode());
+    store.adopt(directory + "/lock.mdb", store.dataMode());
 }
 
 }  // namespace
@@ -72,7 +76,8 @@ std::unique_ptr<Store> Store::open(const std::string& directory)
     if (FileSystemCheck::isOnNetwork(directory))
         throw StoreFailure(ERROR_NOT_SUPPORTED);
     std::unique_ptr<Store> store(new Store(directory));
-    const bool creating = !exists(directory + "/data.mdb");
+    // A store restored from a backup comes without its lock file.
+    const bool creating = !exists(directory + "/data.mdb") || !exists(directory + "/lock.mdb");
     int rc = store->openEnvironment(kWritableFlags);
     if (isRefusal(rc)) {
         store->m_writable = false;
@@ -86,7 +91,7 @@ std::unique_ptr<Store> Store::open(const std::string& directory)
     store->checkFileHoldsData();
     if (store->m_writable) {
         if (creating)
-            makeReadableByAll(directory);
+            giveToStore(directory);
         store->clearStaleReaders();
         int descriptor = -1;
         mdb_env_get_fd(store->m_env, &descriptor);

@@ -1,7 +1,7 @@
 // One LMDB environment: the store of one directory, as this process sees it.
 //
-// Files: data.mdb and lock.mdb in the store directory, mode 0644 whatever the umask (every
-// local user may read the machine's registry; only their owner may write it).
+// Files: data.mdb and lock.mdb in the store directory, with the store's owner, group and data
+// mode (StoreFiles.h) whatever the umask and whoever makes them.
 //
 // Rights: a process that may open lock.mdb for writing gets a writable store. One that may not
 // (LMDB needs a writable lock file even to register a reader) falls back to a read-only,

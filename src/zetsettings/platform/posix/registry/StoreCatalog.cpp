@@ -7,6 +7,7 @@
 
 #include <algorithm>
 
+#include "zetsettings/platform/posix/MachineKey.h"
 #include "zetsettings/platform/posix/StoreLocation.h"
 #include "zetsettings/platform/posix/registry/StoreSchema.h"
 
@@ -35,6 +36,14 @@ thread_local RecentStore recentStore;
 RecentStore::~RecentStore()
 {
     recentStoreGone = true;
+}
+
+// The machine key comes with the store, made by a process that may write it; one already there
+// is left as it is, usable or not.
+void makeKeyIfAbsent(const std::string& directory)
+{
+    MachineKey key;
+    (void)key.loadOrCreate(directory);
 }
 
 std::string realPathOf(const std::string& directory)
@@ -127,6 +136,8 @@ std::shared_ptr<Store> StoreCatalog::openByRealPath(const std::string& spelling)
     }
     std::shared_ptr<Store> store(Store::open(real));
     StoreSchema::prepare(*store);
+    if (store->writable())
+        makeKeyIfAbsent(spelling);
     m_entries.push_back(Entry{{spelling}, store});
     closeUnused(store.get());
     return store;

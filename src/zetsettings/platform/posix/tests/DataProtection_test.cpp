@@ -278,7 +278,8 @@ TEST_F(DataProtectionTest, AKeyFileOthersMayUseOrOfTheWrongKindIsRefusedAndKept)
     EXPECT_TRUE(unprotect(blob).ok) << "owner read-only is fine";
 }
 
-// args: signal directory. As an unprivileged user, tries both directions on the store's key.
+// args: signal directory. As a user who may read the store but not write it, and may not read
+// its key: decrypts nothing, and encrypts under a key kept nowhere, into "made".
 ZET_CHILD_SCENARIO(seam_key_as_nobody)
 {
     zettest::SignalDirectory signals(args.at(0));
@@ -287,22 +288,26 @@ ZET_CHILD_SCENARIO(seam_key_as_nobody)
         return 3;
     const Protection encrypted = protect("data");
     const Protection decrypted = unprotect(signals.read("blob"));
-    const bool refused = !encrypted.ok && encrypted.error == ERROR_ACCESS_DENIED && !decrypted.ok &&
-                         decrypted.error == ERROR_ACCESS_DENIED;
-    return refused ? 0 : 1;
+    signals.write("made", encrypted.bytes);
+    return encrypted.ok && !decrypted.ok ? 0 : 1;
 }
 
-TEST_F(DataProtectionTest, AKeyThisUserCannotReadIsRefusedAndNotReplaced)
+TEST_F(DataProtectionTest, AProcessTheStoreRefusesNeitherReadsNorMakesNorReplacesTheKey)
 {
     if (geteuid() != 0)
         GTEST_SKIP() << "needs root to act as another user";
     zettest::SignalDirectory signals;
-    fs::permissions(signals.path(), fs::perms(0755));
+    fs::permissions(signals.path(), fs::perms(0777));
     fs::permissions(fs::path(registry.storeDirectory()).parent_path(), fs::perms(0777));
     signals.write("blob", makeKey());
     const std::string key = contentOf(keyPath());
     EXPECT_EQ(0, zettest::runChild("seam_key_as_nobody", {signals.path()}));
     EXPECT_EQ(key, contentOf(keyPath()));
+    EXPECT_EQ(static_cast<DWORD>(ERROR_INVALID_DATA), unprotect(signals.read("made")).error);
+
+    fs::remove(keyPath());
+    EXPECT_EQ(0, zettest::runChild("seam_key_as_nobody", {signals.path()}));
+    EXPECT_FALSE(fs::exists(keyPath())) << "a process the store refuses made the key";
 }
 
 // args: signal directory, index. Encrypts its index as soon as told to, to "blob-<index>".

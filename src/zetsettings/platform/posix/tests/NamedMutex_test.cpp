@@ -23,6 +23,8 @@
 #include "zetsettings/platform/posix/LockFile.h"
 #include "zetsettings/platform/posix/SharedMutexPage.h"
 #include "zetsettings/platform/posix/Win32Portable.h"
+#include "zetsettings/ZETSettings.h"
+#include "zetsettings/components/ZETMutexException.h"
 
 namespace {
 
@@ -346,6 +348,34 @@ TEST_F(NamedMutexTest, AnotherUserSharesItAndOneWhoCannotWriteTheFileIsRefused)
 
     ASSERT_EQ(0, chmod(lockFileOf(registry, name).c_str(), 0644));
     EXPECT_EQ(2, zettest::runChild("seam_mutex_try_as_nobody", {zettest::narrow(name)}));
+}
+
+// A chooser step by a user who can't take the product's mutex: 2 when it fails visibly, with
+// the mutex's own exception rather than a registry refusal that operations drop.
+ZET_CHILD_SCENARIO(seam_chooser_step_as_nobody)
+{
+    const uid_t nobody = 65534;
+    if (setresgid(nobody, nobody, nobody) != 0 || setresuid(nobody, nobody, nobody) != 0)
+        return 3;
+    try {
+        bool wrapped = false;
+        ZETSettings::nextChooserPreferredNet(true, wrapped);
+        return 0;
+    } catch (const ZETMutexException&) {
+        return 2;
+    } catch (...) {
+        return 4;
+    }
+}
+
+TEST_F(NamedMutexTest, AnOperationWhoseMutexCannotBeTakenFailsInsteadOfRunningUnguarded)
+{
+    if (geteuid() != 0)
+        GTEST_SKIP() << "needs root to act as another user";
+    fs::permissions(fs::path(registry.storeDirectory()).parent_path(), fs::perms(0755));
+    ZETSettings::stopChooserAutoAssociate();  // makes the lock file
+    ASSERT_EQ(0, chmod(lockFileOf(registry, L"zetPreferredNetMutex").c_str(), 0644));
+    EXPECT_EQ(2, zettest::runChild("seam_chooser_step_as_nobody"));
 }
 
 TEST(LastError, EachThreadHasItsOwn)

@@ -172,8 +172,10 @@ TEST_F(PortableStore, TheStoreDirectoryFollowsEveryChangeOfTheEnvironment)
     ASSERT_EQ(0, setenv("ZET_REGISTRY_DIR", registry.storeDirectory().c_str(), 1));
 }
 
-TEST_F(PortableStore, FilesAreReadableByAllWritableByTheOwnerAndSyncedOnCommit)
+TEST_F(PortableStore, FilesTakeTheDirectorysModeNotTheUmaskAndAreSyncedOnCommit)
 {
+    ASSERT_EQ(0, mkdir(registry.storeDirectory().c_str(), 0750));
+    ASSERT_EQ(0, chmod(registry.storeDirectory().c_str(), 0750));
     const mode_t previous = umask(077);
     const LONG written = writeBlobs("File", 1, 16);
     umask(previous);
@@ -183,7 +185,7 @@ TEST_F(PortableStore, FilesAreReadableByAllWritableByTheOwnerAndSyncedOnCommit)
     for (const char* name : {"data.mdb", "lock.mdb"}) {
         struct stat info;
         ASSERT_EQ(0, stat(file(name).c_str(), &info));
-        EXPECT_EQ(0644u, info.st_mode & 07777) << name;
+        EXPECT_EQ(0640u, info.st_mode & 07777) << name;
     }
     unsigned int flags = 0;
     ASSERT_EQ(MDB_SUCCESS, mdb_env_get_flags(store()->environment(), &flags));

@@ -1,0 +1,298 @@
+// The store's deployment through real processes of the tool, as root and as other users
+// (setpriv): who may use a store, what its files are made with, what an outsider leaves behind,
+// and backup and restore with the key.
+#include <gtest/gtest.h>
+
+#include <grp.h>
+#include <stdlib.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <sstream>
+#include <thread>
+
+#include "ToolRun.h"
+#include "support/TestRegistry.h"
+
+using zettooltest::runTool;
+using zettooltest::runToolAs;
+using zettooltest::ToolResult;
+namespace fs = std::filesystem;
+
+namespace {
+
+const uid_t kNobody = 65534;
+const char kGroup[] = "users";
+const std::vector<std::string> kOutsider = {"--reuid=65534", "--regid=65534", "--clear-groups"};
+
+std::vector<std::string> member()
+{
+    const group* found = getgrnam(kGroup);
+    return {"--reuid=65534", "--regid=65534", "--groups=" + std::to_string(found ? found->gr_gid : 100)};
+}
+
+std::string modeOf(const std::string& path)
+{
+    struct stat info;
+    if (lstat(path.c_str(), &info) != 0)
+        return "absent";
+    char text[32];
+    snprintf(text, sizeof(text), "%u:%u %04o", static_cast<unsigned>(info.st_uid), static_cast<unsigned>(info.st_gid),
+             static_cast<unsigned>(info.st_mode & 07777));
+    return text;
+}
+
+// Every file under the test's folder with its owner, mode, size and change time.
+std::map<std::string, std::string> snapshot(const std::string& folder)
+{
+    std::map<std::string, std::string> files;
+    for (const auto& entry : fs::recursive_directory_iterator(folder)) {
+        struct stat info;
+        lstat(entry.path().c_str(), &info);
+        files[entry.path()] = modeOf(entry.path()) + " " + std::to_string(info.st_size) + " " +
+                              std::to_string(info.st_mtim.tv_nsec) + std::to_string(info.st_ctim.tv_nsec);
+    }
+    return files;
+}
+
+class StoreAdmin : public zettest::RegistryTest {
+protected:
+    const std::string& store() const { return registry.storeDirectory(); }
+    std::string key() const { return store() + ".key"; }
+    std::string folder() const { return fs::path(store()).parent_path(); }
+
+    std::string ok(const std::vector<std::string>& args, const std::vector<std::string>& as = {})
+    {
+        const ToolResult result = as.empty() ? runTool(args) : runToolAs(as, args);
+        EXPECT_EQ(0, result.status) << args[0] << " " << args[1] << ": " << result.err;
+        return result.out;
+    }
+    std::string password(const std::vector<std::string>& as = {})
+    {
+        const std::string shown = ok({"--json", "login", "show", "--secret"}, as);
+        const std::string::size_type at = shown.find("\"password\":\"");
+        return at == std::string::npos ? "?" : shown.substr(at + 12, shown.find('"', at + 12) - at - 12);
+    }
+    void setPassword(const std::string& text, const std::vector<std::string>& as = {})
+    {
+        ok({"login", "set", "--user", "u", "--password", text, "--enabled", "--keep-password"}, as);
+    }
+};
+
+std::string hexOf(const std::string& text)
+{
+    std::string hex;
+    for (unsigned char c : text) {
+        char pair[3];
+        snprintf(pair, sizeof(pair), "%02x", c);
+        hex += pair;
+    }
+    return hex;
+}
+
+bool root()
+{
+    return geteuid() == 0 && access("/usr/bin/setpriv", X_OK) == 0;
+}
+
+TEST_F(StoreAdmin, InitMakesEveryFileWithTheDeploymentsOwnersAndModesOnceAndSaysSoAgain)
+{
+    const gid_t own = getegid();
+    const group* users = getgrnam(kGroup);
+    ASSERT_NE(nullptr, users);
+    const std::string me = std::to_string(geteuid()) + ":";
+    const struct {
+        std::vector<std::string> args;
+        gid_t group;
+        const char *directory, *data, *key;
+    } cases[] = {
+        {{"store", "init"}, own, "0700", "0600", "0600"},
+        {{"store", "init", "--group", kGroup}, users->gr_gid, "2770", "0660", "0640"},
+    };
+    for (const auto& c : cases) {
+        zettest::TestRegistry fresh;
+        const std::string store = fresh.storeDirectory();
+        if (geteuid() != 0 && c.group != own)
+            continue;  // only root may give a store to a group it isn't in
+        const ToolResult made = runTool(c.args);
+        ASSERT_EQ(0, made.status) << made.err;
+        const std::string group = me + std::to_string(c.group) + " ";
+        EXPECT_EQ(group + c.directory, modeOf(store));
+        EXPECT_EQ(group + c.data, modeOf(store + "/data.mdb"));
+        EXPECT_EQ(group + c.data, modeOf(store + "/lock.mdb"));
+        EXPECT_EQ(group + c.data, modeOf(store + "/mutex-zetPreferredNetMutex.lock"));
+        EXPECT_EQ(group + c.key, modeOf(store + ".key"));
+
+        const auto before = snapshot(fs::path(store).parent_path());
+        const ToolResult again = runTool(c.args);
+        EXPECT_EQ(0, again.status) << again.err;
+        EXPECT_EQ(std::string::npos, again.out.find("made")) << again.out;
+        EXPECT_NE(std::string::npos, again.out.find("there: " + store + ".key")) << again.out;
+        EXPECT_EQ(before, snapshot(fs::path(store).parent_path()));
+        const ToolResult info = runTool({"--json", "store", "info"});
+        EXPECT_EQ(0, info.status) << info.err;
+        for (const char* field : {"\"chosenBy\":\"ZET_REGISTRY_DIR\"", "\"mayWrite\":true", "\"key\":\"usable\"",
+                                  "\"liveReaders\":0"})
+            EXPECT_NE(std::string::npos, info.out.find(field)) << field << " in " << info.out;
+    }
+}
+
+TEST_F(StoreAdmin, AStoreOrKeyOpenToOthersOrAStrangersIsRefusedByInitAndReportedByInfo)
+{
+    const struct {
+        const char* what;
+        bool needsRoot;
+        std::string path;
+        std::function<void()> damage;
+    } cases[] = {
+        {"key readable by others", false, key(), [&] { chmod(key().c_str(), 0644); }},
+        {"key writable by its group", false, key(), [&] { chmod(key().c_str(), 0620); }},
+        {"key of a stranger", true, key(), [&] { (void)chown(key().c_str(), kNobody, kNobody); }},
+        {"directory writable by all", false, store(), [&] { chmod(store().c_str(), 0777); }},
+        {"data writable by others", false, store() + "/data.mdb", [&] { chmod((store() + "/data.mdb").c_str(), 0662); }},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        if (c.needsRoot && geteuid() != 0)
+            continue;
+        fs::remove_all(store());
+        fs::remove(key());
+        ok({"store", "init"});
+        c.damage();
+        const auto before = snapshot(folder());
+        const ToolResult init = runTool({"store", "init"});
+        EXPECT_EQ(1, init.status);
+        EXPECT_NE(std::string::npos, init.err.find(c.path + ":")) << init.err;
+        EXPECT_EQ(before, snapshot(folder())) << "init changed a refused store";
+        const ToolResult info = runTool({"--json", "store", "info"});
+        EXPECT_EQ(1, info.status);
+        EXPECT_NE(std::string::npos, info.err.find("store: " + c.path + ":")) << info.err;
+        if (c.path == key()) {
+            EXPECT_NE(std::string::npos, info.out.find("\"key\":\"unusable\",\"keyProblem\":\"")) << info.out;
+        }
+    }
+}
+
+TEST_F(StoreAdmin, RootAndAGroupMemberReadEachOthersSecretsAndShareTheNamedMutex)
+{
+    if (!root())
+        GTEST_SKIP() << "needs root and setpriv to act as another user";
+    ok({"store", "init", "--group", kGroup});
+    setPassword("from root");
+    EXPECT_EQ("from root", password(member()));
+    setPassword("from member", member());
+    EXPECT_EQ("from member", password());
+    fs::remove(store() + "/mutex-zetPreferredNetMutex.lock");
+    ok({"chooser", "next"});  // root makes the lock file anew
+    ok({"chooser", "next"}, member());
+}
+
+TEST_F(StoreAdmin, AnOutsiderGetsDefaultsAndChangesNoFileAndCreatesNoneNotEvenAMissingKey)
+{
+    if (!root())
+        GTEST_SKIP() << "needs root and setpriv to act as another user";
+    // As under /tmp: anybody may make files beside the store.
+    fs::permissions(folder(), fs::perms(01777));
+    for (const bool withKey : {true, false}) {
+        SCOPED_TRACE(withKey ? "key there" : "key missing");
+        fs::remove_all(store());
+        fs::remove(key());
+        ok({"store", "init", "--group", kGroup});
+        setPassword("secret");
+        if (!withKey)
+            fs::remove(key());
+        const auto before = snapshot(folder());
+        // The tool turns an outsider away before the library could answer with its defaults.
+        for (const std::vector<std::string>& command :
+             {std::vector<std::string>{"login", "show", "--secret"},
+              {"login", "set", "--user", "x", "--password", "y", "--enabled", "--keep-password"},
+              {"fallback-keys", "set", "K", "--text1", "t"}, {"chooser", "next"}}) {
+            const ToolResult refused = runToolAs(kOutsider, command);
+            EXPECT_EQ(1, refused.status) << command[0];
+            EXPECT_NE(std::string::npos, refused.err.find("can't use the store")) << refused.err;
+        }
+        EXPECT_EQ(before, snapshot(folder()));
+        if (withKey) {
+            EXPECT_EQ("secret", password());
+        } else {
+            setPassword("made by root");  // root may write, so root makes the key now
+            EXPECT_EQ("made by root", password(member()));
+        }
+    }
+}
+
+TEST_F(StoreAdmin, AServiceAccountsStoreLetsRootInAndWhatRootMakesThereStaysTheAccounts)
+{
+    if (!root())
+        GTEST_SKIP() << "needs root and setpriv to act as another user";
+    ASSERT_EQ(0, chown(folder().c_str(), kNobody, kNobody));
+    const std::vector<std::string> account = {"--reuid=65534", "--regid=65534", "--clear-groups"};
+    setPassword("account's", account);
+    EXPECT_EQ(std::to_string(kNobody) + ":" + std::to_string(kNobody) + " 0600", modeOf(key()));
+    EXPECT_EQ("account's", password());
+    setPassword("root's");
+    EXPECT_EQ("root's", password(account));
+    ok({"chooser", "next"});
+    // A store made on the fly lets every local user read it, and take its mutex.
+    EXPECT_EQ("65534:65534 0666", modeOf(store() + "/mutex-zetPreferredNetMutex.lock")) << "root's lock file";
+    ok({"chooser", "next"}, account);
+}
+
+TEST_F(StoreAdmin, ALockFileTheStoresUsersCannotTakeFailsTheOperationVisibly)
+{
+    if (!root())
+        GTEST_SKIP() << "needs root and setpriv to act as another user";
+    ok({"store", "init", "--group", kGroup});
+    const std::string lock = store() + "/mutex-zetPreferredNetMutex.lock";
+    ASSERT_EQ(0, chmod(lock.c_str(), 0644));
+    const ToolResult refused = runToolAs(member(), {"chooser", "next"});
+    EXPECT_EQ(1, refused.status);
+    EXPECT_NE(std::string::npos, refused.err.find("mutex")) << refused.err;
+    ok({"store", "init", "--group", kGroup});  // opens it to the store's users again
+    ok({"chooser", "next"}, member());
+}
+
+TEST_F(StoreAdmin, ABackupTakenWhileWritersRunRestoresWithEverySecret)
+{
+    ok({"store", "init"});
+    std::atomic<bool> stop{false};
+    std::atomic<int> written{0};
+    std::vector<std::thread> writers;
+    for (int w = 0; w < 3; ++w)
+        writers.emplace_back([&, w] {
+            for (int i = 0; !stop; ++i) {
+                const std::string name = "net" + std::to_string(w) + "-" + std::to_string(i);
+                if (runTool({"network", "set", name, "--secret-text", "s-" + name}).status == 0)
+                    ++written;
+            }
+        });
+    while (written < 6)
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    const std::string backup = zettooltest::scratchPath(registry, "backup");
+    const ToolResult made = runTool({"store", "backup", backup});
+    stop = true;
+    for (std::thread& writer : writers)
+        writer.join();
+    ASSERT_EQ(0, made.status) << made.err;
+    EXPECT_EQ("0600", modeOf(backup).substr(modeOf(backup).size() - 4));
+
+    const std::string restored = zettooltest::scratchPath(registry, "restored");
+    setenv("ZET_REGISTRY_DIR", restored.c_str(), 1);
+    ok({"store", "restore", backup});
+    std::istringstream names(ok({"network", "list"}));
+    int checked = 0;
+    for (std::string name; std::getline(names, name); ++checked) {
+        const std::string shown = ok({"--json", "network", "show", name, "--secret"});
+        EXPECT_NE(std::string::npos, shown.find("\"protectedBlob\":\"" + hexOf("s-" + name) + "\"")) << shown;
+    }
+    EXPECT_GE(checked, 6);
+    EXPECT_EQ(1, runTool({"store", "restore", backup}).status) << "a store that is there was replaced";
+    EXPECT_EQ(0, runTool({"store", "restore", "--replace", backup}).status);
+    setenv("ZET_REGISTRY_DIR", store().c_str(), 1);
+}
+
+}  // namespace
