@@ -4,7 +4,7 @@
 set -euo pipefail
 
 packages=(
-  build-essential cmake pkg-config python3
+  build-essential cmake pkg-config python3 git file adduser
   liblmdb-dev libsodium-dev libboost-dev
   libgtest-dev googletest libbenchmark-dev
 )

@@ -7,6 +7,8 @@
 #   stress      the crash, contention and fault tests with real processes
 #   fuzz        the fuzzers for a bounded time
 #   install     a new user's path: fresh clone, main job then native tests, install, pkg-config
+#   package     the Debian package: built, its contents listed and checked; as root installed,
+#               provisioned, removed and purged (scripts/test-package.sh)
 # Each stage builds in folders of its own with the options it needs set, so it runs the same
 # after the main job or any other stage. Each prints one closing line "STAGE: N passed, N
 # failed"; the last line adds them up, and any failure makes the exit status non-zero.
@@ -16,7 +18,7 @@
 set -uo pipefail
 cd "$(dirname "$0")/.."
 
-all_stages=(native wine sanitizers stress fuzz install)
+all_stages=(native wine sanitizers stress fuzz install package)
 stages=("$@")
 [ ${#stages[@]} -gt 0 ] || stages=("${all_stages[@]}")
 for stage in "${stages[@]}"; do
@@ -42,6 +44,7 @@ stage_sanitizers() { scripts/test-sanitizers.sh; }
 stage_stress() { scripts/stress.sh build; }
 stage_fuzz() { scripts/fuzz.sh; }
 stage_install() { scripts/test-install.sh; }
+stage_package() { scripts/test-package.sh && echo "package: 1 passed, 0 failed"; }
 
 # Counts from a stage's log: ctest's summaries, GoogleTest's totals, or the stage's own line.
 count_from_log() {

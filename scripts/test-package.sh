@@ -35,7 +35,7 @@ for expected in ./usr/bin/zetsettings ./usr/include/zetsettings/ZETSettings.h \
   zetsettingsConfig.cmake libzetsettings.so; do
   grep -q -- "$expected" <<<"$contents" || { echo "FAIL: the package lacks $expected"; exit 1; }
 done
-grep -q -- "zetsettings.pc" <<<"$contents" || echo "NOTE: no pkg-config file in the package yet"
+grep -q -- "pkgconfig/zetsettings.pc" <<<"$contents" || { echo "FAIL: the package lacks zetsettings.pc"; exit 1; }
 
 if [ "$(id -u)" != 0 ]; then
   echo "SKIP: installing the package needs root"
