@@ -2,6 +2,7 @@
 #include "zetsettings/ZETSettings.h"
 
 #include "zetsettings/components/ZETMutexGrabber.h"
+#include "zetsettings/platform/RegistryBatch.h"
 #include "zetsettings/records/ProtectedValue.h"
 #include "zetsettings/records/RecordNames.h"
 
@@ -12,12 +13,14 @@ typedef std::map<std::wstring, ZETFallbackKeySettings> FallbackKeyMap;
 void ZETSettings::loadFallbackKeySettings(ser_map<ser_wstring, ZETFallbackKeySettings>& map)
 {
     ZETMutexGrabber grabber(sm_mutex, true);
+    zet::RegistryBatch batch;
     loadProtectedValue(kFallbackKeysValue, map, &getLocalMachineBase);
 }
 
 void ZETSettings::saveFallbackKeySettings(ser_map<ser_wstring, ZETFallbackKeySettings>& map)
 {
     ZETMutexGrabber grabber(sm_mutex, true);
+    zet::RegistryBatch batch;
     saveProtectedValue(kFallbackKeysValue, map, &getLocalMachineBase);
 }
 
@@ -26,6 +29,7 @@ void ZETSettings::saveFallbackKeySettings(ser_map<ser_wstring, ZETFallbackKeySet
 void ZETSettings::setFallbackKeySettings(boost::shared_ptr<FallbackKeyMap> settings)
 {
     ZETMutexGrabber grabber(sm_mutex, true);
+    zet::RegistryBatch batch;
     if (!settings)
         return;
     ser_map<ser_wstring, ZETFallbackKeySettings> stored;
@@ -37,6 +41,7 @@ void ZETSettings::setFallbackKeySettings(boost::shared_ptr<FallbackKeyMap> setti
 boost::shared_ptr<FallbackKeyMap> ZETSettings::getFallbackKeySettings()
 {
     ZETMutexGrabber grabber(sm_mutex, true);
+    zet::RegistryBatch batch;
     boost::shared_ptr<FallbackKeyMap> result(new FallbackKeyMap);
     ser_map<ser_wstring, ZETFallbackKeySettings> stored;
     loadFallbackKeySettings(stored);

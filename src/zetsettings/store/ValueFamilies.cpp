@@ -4,6 +4,7 @@
 #include <cstdlib>
 
 #include "zetsettings/components/ZETMutexGrabber.h"
+#include "zetsettings/platform/RegistryBatch.h"
 #include "zetsettings/store/MallocedPtr.h"
 #include "zetsettings/store/ValueFamily.h"
 
@@ -146,6 +147,7 @@ void ZETSettings::strSetZetGuardValue(const std::wstring& name, const std::wstri
 DWORD ZETSettings::strGetRasmanEapSettings(const std::wstring& name, std::wstring& value)
 {
     ZETMutexGrabber grabber(sm_mutex, true);
+    zet::RegistryBatch batch;
     wchar_t* text = 0;
     const DWORD code = onRasmanEapKey(KEY_READ, [&](CRegistryKey& key) { key.QueryValue(name.c_str(), &text); });
     // On a failure value keeps what the caller passed: it is neither cleared nor half-written.
@@ -159,5 +161,6 @@ DWORD ZETSettings::strGetRasmanEapSettings(const std::wstring& name, std::wstrin
 DWORD ZETSettings::strSetRasmanEapSettings(const std::wstring& name, const std::wstring& value)
 {
     ZETMutexGrabber grabber(sm_mutex, true);
+    zet::RegistryBatch batch;
     return onRasmanEapKey(KEY_ALL_ACCESS, [&](CRegistryKey& key) { key.SetValue(name.c_str(), value.c_str(), REG_SZ); });
 }
