@@ -3,6 +3,7 @@
 
 #include "zetsettings/components/ZETMutexGrabber.h"
 #include "zetsettings/platform/RegistryBatch.h"
+#include "zetsettings/records/CommitOrThrow.h"
 #include "zetsettings/records/ProtectedValue.h"
 #include "zetsettings/records/RecordNames.h"
 
@@ -22,6 +23,7 @@ void ZETSettings::saveFallbackKeySettings(ser_map<ser_wstring, ZETFallbackKeySet
     ZETMutexGrabber grabber(sm_mutex, true);
     zet::RegistryBatch batch;
     saveProtectedValue(kFallbackKeysValue, map, &getLocalMachineBase);
+    commitOrThrow(batch, kFallbackKeysValue);
 }
 
 // No load comes first: the caller's set replaces the stored one whole. The one set operation
@@ -36,6 +38,7 @@ void ZETSettings::setFallbackKeySettings(boost::shared_ptr<FallbackKeyMap> setti
     for (const FallbackKeyMap::value_type& entry : *settings)
         stored.emplace_hint(stored.end(), ser_wstring(entry.first), entry.second);
     saveFallbackKeySettings(stored);
+    commitOrThrow(batch, kFallbackKeysValue);
 }
 
 boost::shared_ptr<FallbackKeyMap> ZETSettings::getFallbackKeySettings()

@@ -7,6 +7,7 @@
 #include "zetsettings/components/ZETMutexGrabber.h"
 #include "zetsettings/platform/RegistryBatch.h"
 #include "zetsettings/records/CaseBlindLookup.h"
+#include "zetsettings/records/CommitOrThrow.h"
 #include "zetsettings/records/ProtectedValue.h"
 #include "zetsettings/records/RecordNames.h"
 
@@ -25,6 +26,7 @@ void ZETSettings::saveUserSettings(ZETUserSettingsMap& map)
     ZETMutexGrabber grabber(sm_mutex, true);
     zet::RegistryBatch batch;
     saveProtectedValue(kUserSettingsValue, map, &getLocalMachineBase);
+    commitOrThrow(batch, kUserSettingsValue);
 }
 
 void ZETSettings::setUserSettings(const std::wstring& user, boost::shared_ptr<ZETUserSettings> settings)

@@ -4,7 +4,6 @@
 #include <cstdlib>
 
 #include "zetsettings/components/ZETMutexGrabber.h"
-#include "zetsettings/platform/RegistryBatch.h"
 #include "zetsettings/store/MallocedPtr.h"
 #include "zetsettings/store/ValueFamily.h"
 
@@ -144,10 +143,11 @@ void ZETSettings::strSetZetGuardValue(const std::wstring& name, const std::wstri
 
 // ---- RasMan EAP: the only operations that report failure ------------------------------------
 
+// One registry call each, never in a batch: a write is its own commit, and its failure is the
+// result.
 DWORD ZETSettings::strGetRasmanEapSettings(const std::wstring& name, std::wstring& value)
 {
     ZETMutexGrabber grabber(sm_mutex, true);
-    zet::RegistryBatch batch;
     wchar_t* text = 0;
     const DWORD code = onRasmanEapKey(KEY_READ, [&](CRegistryKey& key) { key.QueryValue(name.c_str(), &text); });
     // On a failure value keeps what the caller passed: it is neither cleared nor half-written.
@@ -161,6 +161,5 @@ DWORD ZETSettings::strGetRasmanEapSettings(const std::wstring& name, std::wstrin
 DWORD ZETSettings::strSetRasmanEapSettings(const std::wstring& name, const std::wstring& value)
 {
     ZETMutexGrabber grabber(sm_mutex, true);
-    zet::RegistryBatch batch;
     return onRasmanEapKey(KEY_ALL_ACCESS, [&](CRegistryKey& key) { key.SetValue(name.c_str(), value.c_str(), REG_SZ); });
 }
