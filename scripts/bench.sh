@@ -72,9 +72,10 @@ cmake -S . -B "$mingw_dir" -DCMAKE_TOOLCHAIN_FILE=cmake/toolchains/mingw-w64-x86
 cmake --build "$mingw_dir" -j"$jobs" --target zetsettings_bench >/dev/null
 
 if [ $quick -eq 1 ]; then
-  suite='^(op/[^/]+/n:(1|100)/|MemoryGrowth)'; floors='^floor/[^/]+/n:(1|100)/'
+  suite='^(op/[^/]+/n:(1|100)/|MemoryGrowth|BM_FallbackDatabase_rewrite/records:(100|1000)/)'
+  floors='^floor/[^/]+/n:(1|100)/'
 else
-  suite='^(op/|MemoryGrowth)'; floors='^floor/'
+  suite='^(op/|MemoryGrowth|BM_FallbackDatabase_rewrite/)'; floors='^floor/'
 fi
 common=(--benchmark_repetitions=$repetitions --benchmark_min_time=$min_time
   --benchmark_report_aggregates_only=true --benchmark_out_format=json)

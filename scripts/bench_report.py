@@ -161,6 +161,7 @@ def main():
             f"| `{operation}` | {entries} | {mode} | {native_text} | {human(there)} | {ratio(there, here)} | "
             f"{human(floor_ns)} | {ratio(here, floor_ns)} | {commits_text} |")
 
+    lines += rewrite_section(native)
     lines += ["", "## Memory over a long run", ""]
     for label, table in (("native", native), ("Wine", wine)):
         entry = next((v for k, v in table.items() if k.startswith("MemoryGrowth")), None)
@@ -212,6 +213,24 @@ def per_entry_misses(grows, commits_of):
         if commits_of.get((operation, largest)) == 0 and sizes[largest][0] / largest > 1000:
             misses.append(f"`{operation}` n={largest}: {human(sizes[largest][0] / largest)} per stored entry")
     return misses
+
+
+def rewrite_section(native):
+    """setFallbackSettings against the size of the database it rewrites whole."""
+    prefix = "BM_FallbackDatabase_rewrite/records:"
+    runs = sorted((int(name[len(prefix):]), entry) for name, entry in native.items()
+                  if name.startswith(prefix) and "ns" in entry)
+    if not runs:
+        return []
+    lines = ["", "## One commit for a whole rewrite", "",
+             "`setFallbackSettings` reads and rewrites every record of the fallback database (100 owners),",
+             "as one write batch: one commit, whatever the number of records. Native, one caller.", "",
+             "| records | per call | per record | commits per call |", "|---:|---:|---:|---:|"]
+    for records, entry in runs:
+        commits = entry["counters"].get("commits")
+        lines.append(f"| {records:,} | {human(entry['ns'])} | {human(entry['ns'] / records)} | "
+                     f"{'—' if commits is None else f'{commits:g}'} |")
+    return lines
 
 
 def per_entry_section(grows):

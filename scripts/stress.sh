@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
-# The crash, contention and fault tests of the portable store, with real processes (native
-# only). Builds zetsettings_stress in the given build folder (default: build) and runs them all;
-# any violated invariant, and any run that outlives its bound, fails the script. The full-disk
-# and key tests skip, saying why, where the machine lets them mount nothing or act as no other
-# user.
+# The crash, contention, fault and whole-operation tests of the portable store, with real
+# processes (native only). Builds zetsettings_stress and the tool in the given build folder
+# (default: build) and runs them all; any violated invariant, and any run that outlives its
+# bound, fails the script. The full-disk and key tests skip, saying why, where the machine lets
+# them mount nothing or act as no other user.
 #
 #   scripts/stress.sh [build-dir]
 #   STRESS_KILLS=250 STRESS_SECONDS=60 FAULT_ERRNOS=EIO,EACCES JOBS=2 scripts/stress.sh build
@@ -19,7 +19,7 @@ errnos=${FAULT_ERRNOS:-EIO,EACCES}
 jobs=${JOBS:-$(nproc)}
 
 cmake -S . -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DZETSETTINGS_BUILD_TESTS=ON >/dev/null
-cmake --build "$build" --target zetsettings_stress -j"$jobs"
+cmake --build "$build" --target zetsettings_stress zetsettings_tool -j"$jobs"
 stress="$build/tests/stress/zetsettings_stress"
 
 # Outer bounds far above a normal run: the program bounds every wait of its own, these only
@@ -34,6 +34,8 @@ part() {
 part "crash test: $kills kills" $((kills * 2 + 300)) crash --kills "$kills"
 part "contention test: $seconds s" $((seconds + 600)) contention --seconds "$seconds"
 part "fault test: the N-th file call fails with $errnos, once and from then on" 600 fault --errnos "$errnos"
+part "whole operations: setFallbackSettings and reg import killed in the middle, $kills kills each" \
+  $((kills * 2 + 300)) whole --kills "$kills" --tool "$build/tools/zetsettings"
 part "full disk" 120 full-disk
 part "a store folder that can't be made" 120 unmade-store
 part "a key that can't be read" 120 unreadable-key

@@ -151,6 +151,9 @@ public:
 
 private:
     friend struct ZETSettingsTestAccess;
+    // LoadFromRegistry holds sm_mutex across its calls of the Configurator family, so that its
+    // writes are one batch taken under the mutex, as every operation's are.
+    friend class ZETConfigParam;
 
     static JetByteTools::CRegistryKey getCurrentUserBase();
     static JetByteTools::CRegistryKey getLocalMachineBase();

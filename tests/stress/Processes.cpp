@@ -31,9 +31,9 @@ Ending endingOf(int status)
     return ending;
 }
 
-pid_t startSelfWithOutput(const std::vector<std::string>& args, int outputFd)
+pid_t startWithOutput(const std::string& program, const std::vector<std::string>& args, int outputFd)
 {
-    std::vector<std::string> words(1, "/proc/self/exe");
+    std::vector<std::string> words(1, program);
     words.insert(words.end(), args.begin(), args.end());
     std::vector<char*> argv;
     for (std::string& word : words)
@@ -45,10 +45,15 @@ pid_t startSelfWithOutput(const std::vector<std::string>& args, int outputFd)
     if (pid == 0) {
         if (outputFd >= 0)
             dup2(outputFd, STDOUT_FILENO);
-        execv("/proc/self/exe", argv.data());
+        execv(program.c_str(), argv.data());
         _exit(126);
     }
     return pid;
+}
+
+pid_t startSelfWithOutput(const std::vector<std::string>& args, int outputFd)
+{
+    return startWithOutput("/proc/self/exe", args, outputFd);
 }
 
 }  // namespace
@@ -71,6 +76,15 @@ RunDirectory::~RunDirectory()
 pid_t startSelf(const std::vector<std::string>& args)
 {
     return startSelfWithOutput(args, -1);
+}
+
+pid_t startProgram(const std::string& path, const std::vector<std::string>& args)
+{
+    const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
+    const pid_t pid = startWithOutput(path, args, nowhere);
+    if (nowhere >= 0)
+        close(nowhere);
+    return pid;
 }
 
 Ending waitWithin(pid_t pid, int milliseconds)

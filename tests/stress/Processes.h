@@ -29,6 +29,8 @@ private:
 
 // Starts this program again with the given arguments.
 pid_t startSelf(const std::vector<std::string>& args);
+// Starts another program, its standard output thrown away.
+pid_t startProgram(const std::string& path, const std::vector<std::string>& args);
 
 struct Ending {
     bool finished = false;  // false: still running when the bound passed

@@ -7,6 +7,7 @@
 //   zetsettings_stress fault [--errnos ENOSPC,EIO,EACCES] [--modes once,always] [--from seeded,empty]
 //                            [--max-n 5000]
 //                            [--timeout-ms 20000] [--shim path]
+//   zetsettings_stress whole [--kills 100] [--records 2000] [--values 2000] [--tool path] [--seed N]
 //   zetsettings_stress full-disk | unmade-store | unreadable-key
 //
 // Each run works on a store of its own in a fresh temporary directory, removed at the end,
@@ -34,6 +35,9 @@ const Role kRoles[] = {
     {"fault", zetstress::faultDriver},
     {"fault-write", zetstress::faultWriter},
     {"fault-check", zetstress::faultCheck},
+    {"whole", zetstress::wholeDriver},
+    {"whole-fallback-worker", zetstress::wholeFallbackWorker},
+    {"whole-check", zetstress::wholeCheck},
     {"full-disk", zetstress::fullDisk},
     {"unmade-store", zetstress::unmadeStore},
     {"unmade-store-case", zetstress::unmadeStoreCase},
@@ -53,6 +57,6 @@ int main(int argc, char** argv)
         std::cerr << (argc >= 2 ? argv[1] : "") << ": " << error.what() << "\n";
         return 2;
     }
-    std::cerr << "usage: zetsettings_stress crash|contention|fault|full-disk|unmade-store|unreadable-key [--option value]...\n";
+    std::cerr << "usage: zetsettings_stress crash|contention|fault|whole|full-disk|unmade-store|unreadable-key [--option value]...\n";
     return 2;
 }

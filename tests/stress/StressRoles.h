@@ -18,6 +18,10 @@ int faultDriver(const Options& options);
 int faultWriter(const Options& options);
 int faultCheck(const Options& options);
 
+int wholeDriver(const Options& options);
+int wholeFallbackWorker(const Options& options);
+int wholeCheck(const Options& options);
+
 int fullDisk(const Options& options);
 int unmadeStore(const Options& options);
 int unmadeStoreCase(const Options& options);

@@ -18,6 +18,7 @@
 #include "regfile/RegFileReader.h"
 #include "regfile/RegFileWriter.h"
 #include "regfile/TextCodec.h"
+#include "zetsettings/platform/RegistryBatch.h"
 
 namespace zettool {
 
@@ -825,13 +826,21 @@ int regImport(const RegWords& words, Console& console)
         reportCount(count, true, fileName, console);
         return 0;
     }
+    // One commit for the whole file, so that even a killed import leaves all of it or nothing.
+    // Where the writes can't be dropped (Windows), the change set undoes them.
+    zet::RegistryBatch batch;
     ChangeSet changes;
     try {
         apply(file, paths, changes);
     } catch (const std::exception& error) {
-        const bool undone = changes.rollback();
+        const bool undone = batch.discard() || changes.rollback();
         console.err << "ERROR: Error accessing the registry: " << error.what()
                     << (undone ? " Nothing was imported.\n" : " The changes made so far could not all be undone.\n");
+        return kRegFailure;
+    }
+    const LONG committed = batch.commit();
+    if (committed != ERROR_SUCCESS) {
+        console.err << "ERROR: Error accessing the registry: " << errorMessage(committed) << " Nothing was imported.\n";
         return kRegFailure;
     }
     reportCount(count, false, fileName, console);

@@ -5,6 +5,7 @@
 #include "zetsettings/chooser/ChooserNames.h"
 #include "zetsettings/chooser/SettingsRecord.h"
 #include "zetsettings/components/ZETMutexGrabber.h"
+#include "zetsettings/platform/RegistryBatch.h"
 
 namespace {
 
@@ -33,6 +34,7 @@ bool ZETSettings::isAlertNotificationEnabled(int alert)
 {
     // Held from load to save, since the question may record the alert.
     ZETMutexGrabber grabber(sm_mutexPreferredNet, true);
+    zet::RegistryBatch batch;
     ZETAlertSettings settings;
     loadAlertSettings(settings);
     const auto found = settings.states.find(alertKey(alert));
@@ -46,6 +48,7 @@ bool ZETSettings::isAlertNotificationEnabled(int alert)
 void ZETSettings::updateAlertNotificationState(int alert, bool enabled)
 {
     ZETMutexGrabber grabber(sm_mutexPreferredNet, true);
+    zet::RegistryBatch batch;
     ZETAlertSettings settings;
     loadAlertSettings(settings);
     // Stored every time, also when the state is already the one asked for.

@@ -4,6 +4,7 @@
 #include "zetsettings/chooser/ChooserNames.h"
 #include "zetsettings/chooser/SettingsRecord.h"
 #include "zetsettings/components/ZETMutexGrabber.h"
+#include "zetsettings/platform/RegistryBatch.h"
 
 using JetByteTools::CRegistryKey;
 
@@ -23,6 +24,7 @@ void bringPositionWithinList(ZETPreferredNetworks& networks)
 bool ZETSettings::isChooserActive()
 {
     ZETMutexGrabber grabber(sm_mutex, true);
+    zet::RegistryBatch batch;
     int active = -1;
     try {
         const CRegistryKey base = getLocalMachineBase();
@@ -41,12 +43,14 @@ bool ZETSettings::isChooserActive()
 void ZETSettings::setChooserActive(bool active)
 {
     ZETMutexGrabber grabber(sm_mutex, true);
+    zet::RegistryBatch batch;
     intSetZetGuardValue(zet::chooser::kActiveValue, active ? kActive : 0);
 }
 
 boost::shared_ptr<ZETPreferredNetworks> ZETSettings::getChooserPreferredNets()
 {
     ZETMutexGrabber grabber(sm_mutexPreferredNet, true);
+    zet::RegistryBatch batch;
     boost::shared_ptr<ZETPreferredNetworks> networks(new ZETPreferredNetworks);
     zet::SettingsRecord(getLocalMachineBase, zet::chooser::kPreferredNetworksValue).load(*networks);
     bringPositionWithinList(*networks);
@@ -56,6 +60,7 @@ boost::shared_ptr<ZETPreferredNetworks> ZETSettings::getChooserPreferredNets()
 void ZETSettings::updateChooserPreferredNets(boost::shared_ptr<ZETPreferredNetworks> networks)
 {
     ZETMutexGrabber grabber(sm_mutexPreferredNet, true);
+    zet::RegistryBatch batch;
     // The caller's own record is corrected, and sees it.
     bringPositionWithinList(*networks);
     zet::SettingsRecord(getLocalMachineBase, zet::chooser::kPreferredNetworksValue).save(*networks);

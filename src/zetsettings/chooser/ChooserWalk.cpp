@@ -7,6 +7,7 @@
 #include <cstddef>
 
 #include "zetsettings/components/ZETMutexGrabber.h"
+#include "zetsettings/platform/RegistryBatch.h"
 
 namespace {
 
@@ -37,6 +38,7 @@ std::size_t walkablePlaces(const ZETPreferredNetworks& networks)
 boost::shared_ptr<ZETPreferredNetEntry> ZETSettings::nextChooserPreferredNet(bool first, bool& wrapped)
 {
     ZETMutexGrabber grabber(sm_mutexPreferredNet, true);
+    zet::RegistryBatch batch;
     boost::shared_ptr<ZETPreferredNetEntry> handedOut;
     boost::shared_ptr<ZETPreferredNetworks> networks = getChooserPreferredNets();
     wrapped = false;
@@ -61,6 +63,7 @@ boost::shared_ptr<ZETPreferredNetEntry> ZETSettings::nextChooserPreferredNet(boo
 void ZETSettings::stopChooserAutoAssociate()
 {
     ZETMutexGrabber grabber(sm_mutexPreferredNet, true);
+    zet::RegistryBatch batch;
     boost::shared_ptr<ZETPreferredNetworks> networks = getChooserPreferredNets();
     networks->position = 0;
     updateChooserPreferredNets(networks);
@@ -69,6 +72,7 @@ void ZETSettings::stopChooserAutoAssociate()
 void ZETSettings::moveChooserPreferredNetToFront(const ZETPreferredNetEntry& entry)
 {
     ZETMutexGrabber grabber(sm_mutexPreferredNet, true);
+    zet::RegistryBatch batch;
     boost::shared_ptr<ZETPreferredNetworks> stored = getChooserPreferredNets();
     boost::shared_ptr<ZETPreferredNetworks> reordered(new ZETPreferredNetworks);
     reordered->entries.reserve(stored->entries.size() + 1);
@@ -84,6 +88,7 @@ void ZETSettings::moveChooserPreferredNetToFront(const ZETPreferredNetEntry& ent
 void ZETSettings::deleteChooserPreferredNet(const std::wstring& netName)
 {
     ZETMutexGrabber grabber(sm_mutexPreferredNet, true);
+    zet::RegistryBatch batch;
     boost::shared_ptr<ZETPreferredNetworks> networks = getChooserPreferredNets();
     ser_vector<ZETPreferredNetEntry>& entries = networks->entries;
     const std::size_t before = entries.size();

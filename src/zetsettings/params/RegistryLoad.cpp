@@ -7,7 +7,9 @@
 
 #include "zetsettings/ZETSettings.h"
 #include "zetsettings/components/CRegistryKey.h"
+#include "zetsettings/components/ZETMutexGrabber.h"
 #include "zetsettings/params/ParameterKeys.h"
+#include "zetsettings/platform/RegistryBatch.h"
 
 using JetByteTools::CRegistryKey;
 
@@ -113,6 +115,12 @@ void takeAdapterCaption(const std::wstring& adapterId, std::map<std::wstring, st
 
 void ZETConfigParam::LoadFromRegistry(const std::wstring& adapterId)
 {
+    // The table's values reach the disk in one commit. The batch keeps the store's writer lock
+    // from its first write to its end, so it is opened under the store's mutex, held across all
+    // the family calls below (each takes it again): a thread holding the writer lock never
+    // waits for the mutex that another thread holds while it waits for the writer lock.
+    ZETMutexGrabber grabber(ZETSettings::sm_mutex, true);
+    zet::RegistryBatch batch;
     const int mode = registryMode();
     mirrorTable(mode, m_configStrings);
     mirrorTable(mode, m_configInts);

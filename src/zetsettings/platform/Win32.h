@@ -12,6 +12,10 @@
 #endif
 #include <windows.h>
 #include <wincrypt.h>
+// The system's registry makes every call durable by itself: a batch there is nothing, and
+// writes that it would have dropped can't be dropped.
+inline void ZetRegBeginBatch() {}
+inline LSTATUS ZetRegEndBatch(BOOL keep) { return keep ? ERROR_SUCCESS : ERROR_NOT_SUPPORTED; }
 #else
 #include "zetsettings/platform/posix/Win32Portable.h"
 #endif

@@ -11,6 +11,7 @@
 
 #include "zetsettings/components/ZETMiscUtil.h"
 #include "zetsettings/components/ZETMutexGrabber.h"
+#include "zetsettings/platform/RegistryBatch.h"
 #include "zetsettings/records/RecordNames.h"
 #include "zetsettings/store/MallocedPtr.h"
 
@@ -122,6 +123,7 @@ void writeRecord(CRegistryKey& ownerKey, const std::wstring& valueName, const ZE
 void ZETSettings::loadFallbackSettings(ZETOwnerToNetworkMap& map)
 {
     ZETMutexGrabber grabber(sm_mutex, true);
+    zet::RegistryBatch batch;
     try {
         const CRegistryKey database = createOrOpen(getLocalMachineBase(), kFallbackDatabaseKey);
         ZETNetworkToFallbackSettingsMap* entry = nullptr;
@@ -144,6 +146,7 @@ void ZETSettings::loadFallbackSettings(ZETOwnerToNetworkMap& map)
 void ZETSettings::saveFallbackSettings(ZETOwnerToNetworkMap& map)
 {
     ZETMutexGrabber grabber(sm_mutex, true);
+    zet::RegistryBatch batch;
     try {
         for (const auto& owner : map.owners) {
             CRegistryKey ownerKey = createOrOpen(createOrOpen(getLocalMachineBase(), kFallbackDatabaseKey),
@@ -160,6 +163,7 @@ void ZETSettings::saveFallbackSettings(ZETOwnerToNetworkMap& map)
 void ZETSettings::setFallbackSettings(boost::shared_ptr<ZETFallbackSettings> settings)
 {
     ZETMutexGrabber grabber(sm_mutex, true);
+    zet::RegistryBatch batch;
     if (!settings)
         return;
     try {
@@ -184,6 +188,7 @@ boost::shared_ptr<ZETFallbackSettings> ZETSettings::getFallbackSettings(const st
                                                                          const std::wstring& network)
 {
     ZETMutexGrabber grabber(sm_mutex, true);
+    zet::RegistryBatch batch;
     boost::shared_ptr<ZETFallbackSettings> result;
     const std::wstring wanted = lowerCase(owner);
     ZETNetworkToFallbackSettingsMap match;
@@ -225,6 +230,7 @@ boost::shared_ptr<ZETFallbackSettings> ZETSettings::getFallbackSettings(const st
 void ZETSettings::removeFallbackSettings(const std::wstring& owner, const std::wstring& network)
 {
     ZETMutexGrabber grabber(sm_mutex, true);
+    zet::RegistryBatch batch;
     try {
         CRegistryKey ownerKey =
             createOrOpen(createOrOpen(getLocalMachineBase(), kFallbackDatabaseKey), lowerCase(owner).c_str());
@@ -237,6 +243,7 @@ void ZETSettings::removeFallbackSettings(const std::wstring& owner, const std::w
 boost::shared_ptr<std::vector<std::wstring> > ZETSettings::getListOfNetworks(const std::wstring& owner)
 {
     ZETMutexGrabber grabber(sm_mutex, true);
+    zet::RegistryBatch batch;
     boost::shared_ptr<std::vector<std::wstring> > result(new std::vector<std::wstring>);
     try {
         const CRegistryKey ownerKey =
@@ -252,6 +259,7 @@ boost::shared_ptr<std::vector<std::wstring> > ZETSettings::getListOfNetworks(con
 boost::shared_ptr<std::vector<std::wstring> > ZETSettings::getListOfOwners()
 {
     ZETMutexGrabber grabber(sm_mutex, true);
+    zet::RegistryBatch batch;
     boost::shared_ptr<std::vector<std::wstring> > result(new std::vector<std::wstring>);
     try {
         const CRegistryKey database = createOrOpen(getLocalMachineBase(), kFallbackDatabaseKey);

@@ -2,6 +2,8 @@
 #include "zetsettings/ZETSettings.h"
 
 #include "zetsettings/components/ZETMutexGrabber.h"
+#include "zetsettings/platform/RegistryBatch.h"
+#include "zetsettings/records/CommitOrThrow.h"
 #include "zetsettings/records/ProtectedValue.h"
 #include "zetsettings/records/RecordNames.h"
 
@@ -12,13 +14,16 @@ typedef std::map<std::wstring, ZETFallbackKeySettings> FallbackKeyMap;
 void ZETSettings::loadFallbackKeySettings(ser_map<ser_wstring, ZETFallbackKeySettings>& map)
 {
     ZETMutexGrabber grabber(sm_mutex, true);
+    zet::RegistryBatch batch;
     loadProtectedValue(kFallbackKeysValue, map, &getLocalMachineBase);
 }
 
 void ZETSettings::saveFallbackKeySettings(ser_map<ser_wstring, ZETFallbackKeySettings>& map)
 {
     ZETMutexGrabber grabber(sm_mutex, true);
+    zet::RegistryBatch batch;
     saveProtectedValue(kFallbackKeysValue, map, &getLocalMachineBase);
+    commitOrThrow(batch, kFallbackKeysValue);
 }
 
 // No load comes first: the caller's set replaces the stored one whole. The one set operation
@@ -26,17 +31,20 @@ void ZETSettings::saveFallbackKeySettings(ser_map<ser_wstring, ZETFallbackKeySet
 void ZETSettings::setFallbackKeySettings(boost::shared_ptr<FallbackKeyMap> settings)
 {
     ZETMutexGrabber grabber(sm_mutex, true);
+    zet::RegistryBatch batch;
     if (!settings)
         return;
     ser_map<ser_wstring, ZETFallbackKeySettings> stored;
     for (const FallbackKeyMap::value_type& entry : *settings)
         stored.emplace_hint(stored.end(), ser_wstring(entry.first), entry.second);
     saveFallbackKeySettings(stored);
+    commitOrThrow(batch, kFallbackKeysValue);
 }
 
 boost::shared_ptr<FallbackKeyMap> ZETSettings::getFallbackKeySettings()
 {
     ZETMutexGrabber grabber(sm_mutex, true);
+    zet::RegistryBatch batch;
     boost::shared_ptr<FallbackKeyMap> result(new FallbackKeyMap);
     ser_map<ser_wstring, ZETFallbackKeySettings> stored;
     loadFallbackKeySettings(stored);

@@ -4,6 +4,7 @@
 #include "zetsettings/ZETSettings.h"
 
 #include "zetsettings/components/ZETMutexGrabber.h"
+#include "zetsettings/platform/RegistryBatch.h"
 #include "zetsettings/records/ProtectedValue.h"
 #include "zetsettings/records/RecordNames.h"
 
@@ -34,6 +35,7 @@ void ZETSettings::setLoginData(std::wstring userName, std::wstring password, boo
                                bool keepPassword, bool dependentFlag)
 {
     ZETMutexGrabber grabber(sm_mutex, true);
+    zet::RegistryBatch batch;
     ZETLoginData record;
     fillLoginRecord(record, userName, password, loginEnabled, keepPassword, dependentFlag);
     try {
@@ -48,6 +50,7 @@ void ZETSettings::getLoginData(std::wstring& userName, std::wstring& password, b
                                bool& keepPassword, bool& dependentFlag)
 {
     ZETMutexGrabber grabber(sm_mutex, true);
+    zet::RegistryBatch batch;
     ZETLoginData record;
     userName.clear();
     password.clear();
@@ -65,6 +68,7 @@ void ZETSettings::getLoginData(std::wstring& userName, std::wstring& password, b
 void ZETSettings::removeLoginData()
 {
     ZETMutexGrabber grabber(sm_mutex, true);
+    zet::RegistryBatch batch;
     try {
         getLocalMachineBase().DeleteValue(kLoginSettingsValue);
     } catch (CRegistryKey::Exception&) {

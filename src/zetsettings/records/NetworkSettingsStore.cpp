@@ -8,6 +8,7 @@
 
 #include "zetsettings/components/ZETMutexGrabber.h"
 #include "zetsettings/components/ZETProtectData.h"
+#include "zetsettings/platform/RegistryBatch.h"
 #include "zetsettings/store/MallocedPtr.h"
 
 using JetByteTools::CRegistryKey;
@@ -47,6 +48,7 @@ void encryptProtectedMember(ZETNetworkSettings& record, ZETProtectData& protecto
 void ZETSettings::setNetworkSettings(const std::wstring& name, boost::shared_ptr<ZETNetworkSettings> settings)
 {
     ZETMutexGrabber grabber(sm_mutex, true);
+    zet::RegistryBatch batch;
     ZETProtectData protector;
     if (!settings || name.empty())
         return;
@@ -67,6 +69,7 @@ void ZETSettings::setNetworkSettings(const std::wstring& name, boost::shared_ptr
 boost::shared_ptr<ZETNetworkSettings> ZETSettings::getNetworkSettings(const std::wstring& name)
 {
     ZETMutexGrabber grabber(sm_mutex, true);
+    zet::RegistryBatch batch;
     ZETProtectData protector;
     boost::shared_ptr<ZETNetworkSettings> result(new ZETNetworkSettings);
     if (name.empty())
@@ -84,6 +87,7 @@ boost::shared_ptr<ZETNetworkSettings> ZETSettings::getNetworkSettings(const std:
 boost::shared_ptr<ZETNetworkSettings> ZETSettings::deleteNetworkSettings(const std::wstring& name)
 {
     ZETMutexGrabber grabber(sm_mutex, true);
+    zet::RegistryBatch batch;
     ZETProtectData protector;
     boost::shared_ptr<ZETNetworkSettings> removed(new ZETNetworkSettings);
     if (name.empty())
@@ -102,6 +106,7 @@ boost::shared_ptr<ZETNetworkSettings> ZETSettings::deleteNetworkSettings(const s
 std::vector<std::wstring> ZETSettings::getNetworkSettingsKeys()
 {
     ZETMutexGrabber grabber(sm_mutex, true);
+    zet::RegistryBatch batch;
     std::vector<std::wstring> names;
     try {
         CRegistryKey key = getNetworkSettingsKey();

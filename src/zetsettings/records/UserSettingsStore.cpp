@@ -5,7 +5,9 @@
 
 #include "zetsettings/components/ZETMiscUtil.h"
 #include "zetsettings/components/ZETMutexGrabber.h"
+#include "zetsettings/platform/RegistryBatch.h"
 #include "zetsettings/records/CaseBlindLookup.h"
+#include "zetsettings/records/CommitOrThrow.h"
 #include "zetsettings/records/ProtectedValue.h"
 #include "zetsettings/records/RecordNames.h"
 
@@ -15,18 +17,22 @@ using namespace zet::records;
 void ZETSettings::loadUserSettings(ZETUserSettingsMap& map)
 {
     ZETMutexGrabber grabber(sm_mutex, true);
+    zet::RegistryBatch batch;
     loadProtectedValue(kUserSettingsValue, map, &getLocalMachineBase);
 }
 
 void ZETSettings::saveUserSettings(ZETUserSettingsMap& map)
 {
     ZETMutexGrabber grabber(sm_mutex, true);
+    zet::RegistryBatch batch;
     saveProtectedValue(kUserSettingsValue, map, &getLocalMachineBase);
+    commitOrThrow(batch, kUserSettingsValue);
 }
 
 void ZETSettings::setUserSettings(const std::wstring& user, boost::shared_ptr<ZETUserSettings> settings)
 {
     ZETMutexGrabber grabber(sm_mutex, true);
+    zet::RegistryBatch batch;
     if (!settings)
         return;
     try {
@@ -45,6 +51,7 @@ void ZETSettings::setUserSettings(const std::wstring& user, boost::shared_ptr<ZE
 boost::shared_ptr<ZETUserSettings> ZETSettings::getUserSettings(const std::wstring& user)
 {
     ZETMutexGrabber grabber(sm_mutex, true);
+    zet::RegistryBatch batch;
     boost::shared_ptr<ZETUserSettings> result;
     // The load drops registry failures itself: they read as an empty map.
     ZETUserSettingsMap map;
@@ -59,6 +66,7 @@ boost::shared_ptr<ZETUserSettings> ZETSettings::getUserSettings(const std::wstri
 void ZETSettings::removeUserSettings(const std::wstring& user)
 {
     ZETMutexGrabber grabber(sm_mutex, true);
+    zet::RegistryBatch batch;
     try {
         ZETUserSettingsMap map;
         loadUserSettings(map);

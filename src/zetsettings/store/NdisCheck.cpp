@@ -6,6 +6,7 @@
 
 #include "zetsettings/components/ZETMiscUtil.h"
 #include "zetsettings/components/ZETMutexGrabber.h"
+#include "zetsettings/platform/RegistryBatch.h"
 #include "zetsettings/platform/RegistryData.h"
 
 namespace {
@@ -85,6 +86,7 @@ void writeWithFailoverLast(HKEY key, const std::vector<std::wstring>& entries, c
 bool ZETSettings::checkNdisStackingOrder()
 {
     ZETMutexGrabber grabber(sm_mutex, true);
+    zet::RegistryBatch batch;
     const std::wstring delimiter(1, L'\0');
 
     OpenedKey key;

@@ -143,6 +143,8 @@ void ZETSettings::strSetZetGuardValue(const std::wstring& name, const std::wstri
 
 // ---- RasMan EAP: the only operations that report failure ------------------------------------
 
+// One registry call each, never in a batch: a write is its own commit, and its failure is the
+// result.
 DWORD ZETSettings::strGetRasmanEapSettings(const std::wstring& name, std::wstring& value)
 {
     ZETMutexGrabber grabber(sm_mutex, true);

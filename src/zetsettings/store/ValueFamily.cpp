@@ -1,6 +1,7 @@
 #include "zetsettings/store/ValueFamily.h"
 
 #include "zetsettings/components/ZETMutexGrabber.h"
+#include "zetsettings/platform/RegistryBatch.h"
 #include "zetsettings/store/MallocedPtr.h"
 
 using JetByteTools::CRegistryKey;
@@ -47,6 +48,7 @@ template <class T, class Setter>
 T ValueFamily::get(const std::wstring& name, T preset, const T* defaultValue, Setter storeDefault) const
 {
     ZETMutexGrabber grabber(m_mutex, true);
+    zet::RegistryBatch batch;
     T result = preset;
     if (!tryRead(name, result) && defaultValue) {
         // The default is returned whether or not storing it worked.
@@ -61,6 +63,7 @@ template <class Write>
 void ValueFamily::set(const Write& write) const
 {
     ZETMutexGrabber grabber(m_mutex, true);
+    zet::RegistryBatch batch;
     try {
         CRegistryKey base = m_openBase();
         CRegistryKey subkey = openSubkey(base);

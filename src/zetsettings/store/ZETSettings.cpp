@@ -5,6 +5,7 @@
 
 #include "zetsettings/components/ZETMutexGrabber.h"
 #include "zetsettings/components/ZETSecurityAttributes.h"
+#include "zetsettings/platform/RegistryBatch.h"
 #include "zetsettings/store/RegistryPaths.h"
 
 using JetByteTools::CRegistryKey;
@@ -33,6 +34,7 @@ CRegistryKey ZETSettings::getNetworkSettingsKey()
 int ZETSettings::intGetBaseValue(const std::wstring& name, int defaultValue, bool writeDefault)
 {
     ZETMutexGrabber grabber(sm_mutex, true);
+    zet::RegistryBatch batch;
     int result = -1;
     try {
         CRegistryKey base = getLocalMachineBase();
@@ -50,6 +52,7 @@ int ZETSettings::intGetBaseValue(const std::wstring& name, int defaultValue, boo
 void ZETSettings::intSetBaseValue(const std::wstring& name, int value)
 {
     ZETMutexGrabber grabber(sm_mutex, true);
+    zet::RegistryBatch batch;
     try {
         getLocalMachineBase().SetValue(name.c_str(), static_cast<DWORD>(value), REG_DWORD);
     } catch (CRegistryKey::Exception&) {
@@ -60,6 +63,7 @@ std::wstring ZETSettings::strGetBaseValue(const std::wstring& name, const std::w
                                           bool writeDefault)
 {
     ZETMutexGrabber grabber(sm_mutex, true);
+    zet::RegistryBatch batch;
     std::wstring result;
     try {
         wchar_t* text = 0;
@@ -79,6 +83,7 @@ std::wstring ZETSettings::strGetBaseValue(const std::wstring& name, const std::w
 void ZETSettings::strSetBaseValue(const std::wstring& name, const std::wstring& value)
 {
     ZETMutexGrabber grabber(sm_mutex, true);
+    zet::RegistryBatch batch;
     try {
         getLocalMachineBase().SetValue(name.c_str(), value.c_str(), REG_SZ);
     } catch (CRegistryKey::Exception&) {

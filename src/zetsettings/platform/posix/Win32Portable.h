@@ -263,6 +263,12 @@ ZET_PORTABLE_API LSTATUS RegQueryInfoKeyW(HKEY hKey, LPWSTR lpClass, LPDWORD lpc
 ZET_PORTABLE_API LSTATUS RegDeleteKeyW(HKEY hKey, LPCWSTR lpSubKey);
 ZET_PORTABLE_API LSTATUS RegDeleteTreeW(HKEY hKey, LPCWSTR lpSubKey);
 
+// Not Windows': the portable registry's write batch (platform/RegistryBatch.h says what it is
+// for). Batches nest; ZetRegEndBatch ends the innermost one, and the outermost commits its
+// writes (keep) or drops them. Windows has none, and Win32.h gives it the same two names.
+ZET_PORTABLE_API void ZetRegBeginBatch(void);
+ZET_PORTABLE_API LSTATUS ZetRegEndBatch(BOOL keep);
+
 ZET_PORTABLE_API HANDLE CreateMutexW(LPSECURITY_ATTRIBUTES lpMutexAttributes, BOOL bInitialOwner,
                                      LPCWSTR lpName);
 ZET_PORTABLE_API DWORD WaitForSingleObject(HANDLE hHandle, DWORD dwMilliseconds);

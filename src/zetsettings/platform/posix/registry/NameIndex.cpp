@@ -4,6 +4,7 @@
 
 #include "zetsettings/platform/posix/registry/CaseFolding.h"
 #include "zetsettings/platform/posix/registry/Cursor.h"
+#include "zetsettings/platform/posix/registry/Mutation.h"
 #include "zetsettings/platform/posix/registry/Records.h"
 #include "zetsettings/platform/posix/registry/StoreFailure.h"
 
@@ -107,14 +108,14 @@ void NameIndex::insert(uint64_t owner, std::u16string_view folded, const std::st
         key = freeHashedKey(key);
     MDB_val lmdbKey = valueOf(key);
     MDB_val lmdbData = valueOf(data);
-    checkLmdb(mdb_put(m_txn, m_dbi, &lmdbKey, &lmdbData, 0));
+    putRecord(m_txn, m_dbi, lmdbKey, lmdbData);
 }
 
 void NameIndex::replace(const Found& found, const std::string& data)
 {
     MDB_val lmdbKey = valueOf(found.key);
     MDB_val lmdbData = valueOf(data);
-    checkLmdb(mdb_put(m_txn, m_dbi, &lmdbKey, &lmdbData, 0));
+    putRecord(m_txn, m_dbi, lmdbKey, lmdbData);
 }
 
 bool NameIndex::erase(uint64_t owner, std::u16string_view folded)
@@ -123,7 +124,7 @@ bool NameIndex::erase(uint64_t owner, std::u16string_view folded)
     if (!find(owner, folded, existing))
         return false;
     MDB_val key = valueOf(existing.key);
-    checkLmdb(mdb_del(m_txn, m_dbi, &key, nullptr));
+    deleteRecord(m_txn, m_dbi, key);
     return true;
 }
 

@@ -19,6 +19,9 @@ class ReadTransaction {
 public:
     // Throws StoreFailure if no snapshot can be had.
     explicit ReadTransaction(Store& store);
+    // The write transaction of this thread's batch, read as it stands: `view` names its state
+    // (WriteBatch.h). Takes nothing and gives nothing back.
+    ReadTransaction(Store& store, MDB_txn* batch, uint64_t view);
     ~ReadTransaction();
 
     ReadTransaction(const ReadTransaction&) = delete;
@@ -26,7 +29,8 @@ public:
 
     MDB_txn* txn() const { return m_txn; }
     MDB_dbi dbi() const;
-    // The id of the last transaction committed when the snapshot was taken.
+    // The id of the last transaction committed when the snapshot was taken, or the view of a
+    // batch.
     uint64_t snapshotId() const { return m_snapshotId; }
     // Whether what was read can be trusted. Always so where readers are registered with LMDB;
     // a read-only process reads without that, and a snapshot is good only while no writer has
@@ -37,6 +41,7 @@ private:
     Store& m_store;
     MDB_txn* m_txn = nullptr;
     uint64_t m_snapshotId = 0;
+    bool m_borrowed = false;
 };
 
 }  // namespace registry

@@ -1,6 +1,7 @@
 // The registry functions of the portable Win32 subset. Each one resolves its handle, checks
 // rights and arguments as Windows does, and runs in one transaction: a read snapshot, or one
-// write transaction committed before it returns. Nothing throws past this file.
+// write transaction committed before it returns; inside a write batch of the thread, the
+// batch's transaction (WriteBatch.h). Nothing throws past this file.
 #include <memory>
 #include <mutex>
 #include <new>

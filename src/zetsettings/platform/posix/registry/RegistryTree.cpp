@@ -3,6 +3,7 @@
 #include "zetsettings/platform/posix/registry/CaseFolding.h"
 #include "zetsettings/platform/posix/registry/Cursor.h"
 #include "zetsettings/platform/posix/registry/KeyClock.h"
+#include "zetsettings/platform/posix/registry/Mutation.h"
 #include "zetsettings/platform/posix/registry/NameIndex.h"
 #include "zetsettings/platform/posix/registry/StoreFailure.h"
 #include "zetsettings/platform/posix/registry/StoreSchema.h"
@@ -42,7 +43,7 @@ void RegistryTree::putKeyInfo(uint64_t id, const KeyInfo& info)
     const std::string data = info.serialize();
     MDB_val lmdbKey = valueOf(key);
     MDB_val lmdbData = valueOf(data);
-    checkLmdb(mdb_put(m_txn, m_dbi, &lmdbKey, &lmdbData, 0));
+    putRecord(m_txn, m_dbi, lmdbKey, lmdbData);
 }
 
 uint64_t RegistryTree::findSubkey(uint64_t parent, std::u16string_view folded) const
@@ -116,7 +117,7 @@ void RegistryTree::eraseAll(const std::string& prefix)
     Cursor cursor(m_txn, m_dbi);
     MDB_val key, data;
     while (cursor.seek(prefix, key, data) && startsWith(key, prefix))
-        checkLmdb(mdb_del(m_txn, m_dbi, &key, nullptr));
+        deleteRecord(m_txn, m_dbi, key);
 }
 
 void RegistryTree::deleteKey(uint64_t id)
@@ -128,7 +129,7 @@ void RegistryTree::deleteKey(uint64_t id)
     NameIndex(m_txn, m_dbi, RecordKeys::kSubkey).erase(info.parent, CaseFolding::fold(info.name));
     const std::string key = RecordKeys::keyInfo(id);
     MDB_val lmdbKey = valueOf(key);
-    checkLmdb(mdb_del(m_txn, m_dbi, &lmdbKey, nullptr));
+    deleteRecord(m_txn, m_dbi, lmdbKey);
     touch(info.parent);
 }
 

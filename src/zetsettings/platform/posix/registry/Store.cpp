@@ -269,6 +269,9 @@ void Store::refuseIfClosed() const
 // A transaction's hold of the map; none is given on a closed store.
 uint64_t Store::lastCommitted()
 {
+    uint64_t view = 0;
+    if (WriteBatch::transactionFor(*this, view))
+        return view;
     lockMapUnlessClosed();
     MDB_envinfo info;
     mdb_env_info(m_env, &info);
@@ -308,8 +311,15 @@ ReadTransaction::ReadTransaction(Store& store) : m_store(store)
     m_snapshotId = mdb_txn_id(m_txn);
 }
 
+ReadTransaction::ReadTransaction(Store& store, MDB_txn* batch, uint64_t view)
+    : m_store(store), m_txn(batch), m_snapshotId(view), m_borrowed(true)
+{
+}
+
 ReadTransaction::~ReadTransaction()
 {
+    if (m_borrowed)
+        return;
     m_store.finishReader(m_txn);
     m_store.m_mapLock.unlockShared();
 }
@@ -321,7 +331,7 @@ MDB_dbi ReadTransaction::dbi() const
 
 bool ReadTransaction::stillValid() const
 {
-    if (!m_store.lockless())
+    if (m_borrowed || !m_store.lockless())
         return true;
     MDB_envinfo info;
     mdb_env_info(m_store.m_env, &info);
@@ -330,11 +340,24 @@ bool ReadTransaction::stillValid() const
 
 WriteTransaction::WriteTransaction(Store& store) : m_store(store), m_turn(*store.m_writerLock)
 {
+    begin();
+}
+
+WriteTransaction::~WriteTransaction()
+{
+    end();
+}
+
+void WriteTransaction::begin()
+{
     for (;;) {
         m_store.lockMapUnlessClosed();
         const int rc = mdb_txn_begin(m_store.m_env, nullptr, 0, &m_txn);
-        if (rc == MDB_SUCCESS)
+        if (rc == MDB_SUCCESS) {
+            m_holdsMap = true;
             return;
+        }
+        m_txn = nullptr;
         m_store.m_mapLock.unlockShared();
         if (rc != MDB_MAP_RESIZED)
             checkLmdb(rc);
@@ -342,11 +365,24 @@ WriteTransaction::WriteTransaction(Store& store) : m_store(store), m_turn(*store
     }
 }
 
-WriteTransaction::~WriteTransaction()
+void WriteTransaction::end()
 {
     if (m_txn)
         mdb_txn_abort(m_txn);
-    m_store.m_mapLock.unlockShared();
+    m_txn = nullptr;
+    if (m_holdsMap)
+        m_store.m_mapLock.unlockShared();
+    m_holdsMap = false;
+}
+
+void WriteTransaction::restart(bool grow)
+{
+    m_store.refuseIfClosed();
+    const size_t observedSize = m_store.mapSize();
+    end();
+    if (grow)
+        m_store.growMap(observedSize);
+    begin();
 }
 
 MDB_dbi WriteTransaction::dbi() const

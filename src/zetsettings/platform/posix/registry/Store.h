@@ -43,6 +43,7 @@
 #include "zetsettings/platform/posix/registry/ReadTransaction.h"
 #include "zetsettings/platform/posix/registry/StoreFailure.h"
 #include "zetsettings/platform/posix/registry/ThisProcess.h"
+#include "zetsettings/platform/posix/registry/WriteBatch.h"
 #include "zetsettings/platform/posix/registry/WriteTransaction.h"
 #include "zetsettings/platform/posix/registry/WriterLock.h"
 
@@ -50,7 +51,7 @@ namespace zet {
 namespace portable {
 namespace registry {
 
-class Store {
+class Store : public std::enable_shared_from_this<Store> {
 public:
     // Opens the store in an existing directory. Throws StoreFailure: ERROR_NOT_SUPPORTED on a
     // network file system, ERROR_BADDB for files that are not a store.
@@ -70,16 +71,22 @@ public:
     // same address.
     uint64_t serial() const { return m_serial; }
     // The id of the last transaction committed to the store by any process: what a snapshot
-    // taken now would have. Throws StoreFailure when the store is closed.
+    // taken now would have. Inside this thread's batch, the view of the batch as it stands.
+    // Throws StoreFailure when the store is closed.
     uint64_t lastCommitted();
 
-    // Runs body(ReadTransaction&) on a snapshot and returns its result.
+    // Runs body(ReadTransaction&) on a snapshot and returns its result; inside this thread's
+    // batch, on the batch's transaction, which holds the batch's writes.
     template <class Body>
     auto read(Body&& body) -> decltype(body(std::declval<ReadTransaction&>()));
     // Runs body(WriteTransaction&) in one write transaction, committed before return if the
-    // body returns ERROR_SUCCESS, and run again from the start if the map had to grow.
+    // body returns ERROR_SUCCESS, and run again from the start if the map had to grow. Inside
+    // this thread's batch the body runs in the batch's transaction instead (WriteBatch.h).
     template <class Body>
     LONG write(Body&& body);
+    // As write, always in a transaction of its own.
+    template <class Body>
+    LONG writeAlone(Body&& body);
 
     // For tests and benchmarks.
     MDB_env* environment() const { return m_env; }
@@ -90,6 +97,7 @@ public:
 private:
     friend class ReadTransaction;
     friend class WriteTransaction;
+    friend class WriteBatch;
 
     explicit Store(const std::string& directory);
     int openEnvironment(unsigned int flags);
@@ -127,6 +135,11 @@ private:
 template <class Body>
 auto Store::read(Body&& body) -> decltype(body(std::declval<ReadTransaction&>()))
 {
+    uint64_t view = 0;
+    if (MDB_txn* batch = WriteBatch::transactionFor(*this, view)) {
+        ReadTransaction inBatch(*this, batch, view);
+        return body(inBatch);
+    }
     for (unsigned attempt = 1;; ++attempt) {
         ReadTransaction snapshot(*this);
         try {
@@ -145,6 +158,16 @@ auto Store::read(Body&& body) -> decltype(body(std::declval<ReadTransaction&>())
 
 template <class Body>
 LONG Store::write(Body&& body)
+{
+    if (!m_writable)
+        return ERROR_ACCESS_DENIED;
+    if (WriteBatch::takes(*this))
+        return WriteBatch::write(*this, [&](WriteTransaction& transaction) -> LONG { return body(transaction); });
+    return writeAlone(body);
+}
+
+template <class Body>
+LONG Store::writeAlone(Body&& body)
 {
     if (!m_writable)
         return ERROR_ACCESS_DENIED;

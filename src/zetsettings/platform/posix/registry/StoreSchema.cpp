@@ -3,6 +3,7 @@
 #include "zetsettings/platform/posix/registry/ByteOrder.h"
 #include "zetsettings/platform/posix/registry/Cursor.h"
 #include "zetsettings/platform/posix/registry/KeyClock.h"
+#include "zetsettings/platform/posix/registry/Mutation.h"
 #include "zetsettings/platform/posix/registry/RecordKeys.h"
 #include "zetsettings/platform/posix/registry/Records.h"
 #include "zetsettings/platform/posix/registry/Store.h"
@@ -40,16 +41,16 @@ bool getMeta(MDB_txn* txn, MDB_dbi dbi, const char* name, MDB_val& data)
     return true;
 }
 
-void putRecord(MDB_txn* txn, MDB_dbi dbi, const std::string& key, const std::string& data)
+void putText(MDB_txn* txn, MDB_dbi dbi, const std::string& key, const std::string& data)
 {
     MDB_val lmdbKey = valueOf(key);
     MDB_val lmdbData = valueOf(data);
-    checkLmdb(mdb_put(txn, dbi, &lmdbKey, &lmdbData, 0));
+    putRecord(txn, dbi, lmdbKey, lmdbData);
 }
 
 void putMeta(MDB_txn* txn, MDB_dbi dbi, const char* name, const std::string& data)
 {
-    putRecord(txn, dbi, RecordKeys::meta(name), data);
+    putText(txn, dbi, RecordKeys::meta(name), data);
 }
 
 bool isEmpty(MDB_txn* txn, MDB_dbi dbi)
@@ -81,7 +82,7 @@ void layOut(MDB_txn* txn, MDB_dbi dbi)
         KeyInfo info;
         info.lastWrite = KeyClock::now();
         info.name = root.name;
-        putRecord(txn, dbi, RecordKeys::keyInfo(StoreSchema::rootId(root.handle)), info.serialize());
+        putText(txn, dbi, RecordKeys::keyInfo(StoreSchema::rootId(root.handle)), info.serialize());
     }
 }
 
@@ -110,7 +111,9 @@ void StoreSchema::prepare(Store& store)
     // refused any open or create that asks to write, as in a store laid out by another.
     if (!store.writable())
         return;
-    const LONG result = store.write([](WriteTransaction& transaction) -> LONG {
+    // The layout belongs to the store, not to the call that happened to open it: never part of
+    // a caller's batch.
+    const LONG result = store.writeAlone([](WriteTransaction& transaction) -> LONG {
         switch (layoutOf(transaction.txn(), transaction.dbi())) {
         case Layout::kReady:
             return ERROR_SUCCESS;  // another process laid it out first

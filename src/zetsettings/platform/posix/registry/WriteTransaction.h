@@ -25,8 +25,15 @@ public:
     MDB_dbi dbi() const;
     // LMDB's result; the transaction is over either way.
     int commit();
+    // Ends the transaction, if one is running, and begins another, keeping the writer lock in
+    // between so that the new one starts from the same state. With grow, the map is made larger
+    // first (which LMDB allows only with no transaction of this process running). For a batch.
+    void restart(bool grow);
 
 private:
+    void begin();
+    void end();
+
     // Holds the store's writer lock from before the transaction begins until after it ended.
     class Turn {
     public:
@@ -42,6 +49,7 @@ private:
     Store& m_store;
     Turn m_turn;
     MDB_txn* m_txn = nullptr;
+    bool m_holdsMap = false;
 };
 
 }  // namespace registry

@@ -1,0 +1,194 @@
+// The write batch: one commit for any number of writes, read back inside it, seen by nobody
+// else before its end; a refused write inside it, a map that grows in the middle of it and a
+// batch dropped whole. And the library's operations that write many values: one commit each.
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "support/TestRegistry.h"
+#include "zetsettings/ZETConfigParam.h"
+#include "zetsettings/ZETSettings.h"
+#include "zetsettings/platform/RegistryBatch.h"
+#include "zetsettings/platform/posix/registry/StoreCatalog.h"
+#include "zetsettings/platform/tests/RegistryTestKeys.h"
+
+using zet::portable::registry::StoreCatalog;
+using zettest::ScopedKey;
+
+namespace {
+
+const wchar_t kParent[] = L"Software\\BatchTest";
+const wchar_t kChild[] = L"Software\\BatchTest\\Child";
+
+uint64_t commits()
+{
+    return StoreCatalog::instance().current()->lastCommitted();
+}
+
+uint64_t committedSeenElsewhere()
+{
+    uint64_t id = 0;
+    std::thread([&] { id = commits(); }).join();
+    return id;
+}
+
+LONG setNumber(HKEY key, const std::wstring& name, DWORD number)
+{
+    return RegSetValueExW(key, name.c_str(), 0, REG_DWORD, reinterpret_cast<const BYTE*>(&number), sizeof(number));
+}
+
+// The number stored under name in the key at path, or -1 when the key or the value is missing.
+long numberAt(const wchar_t* path, const std::wstring& name)
+{
+    ScopedKey key;
+    DWORD number = 0, size = sizeof(number);
+    if (zettest::openKey(HKEY_LOCAL_MACHINE, path, key, KEY_READ) != ERROR_SUCCESS ||
+        RegQueryValueExW(key.get(), name.c_str(), nullptr, nullptr, reinterpret_cast<BYTE*>(&number), &size) !=
+            ERROR_SUCCESS)
+        return -1;
+    return static_cast<long>(number);
+}
+
+long numberFromAnotherThread(const wchar_t* path, const std::wstring& name)
+{
+    long seen = 0;
+    std::thread([&] { seen = numberAt(path, name); }).join();
+    return seen;
+}
+
+DWORD valueCount(const wchar_t* path)
+{
+    ScopedKey key;
+    DWORD values = 0;
+    if (zettest::openKey(HKEY_LOCAL_MACHINE, path, key, KEY_READ) != ERROR_SUCCESS ||
+        RegQueryInfoKeyW(key.get(), nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, &values, nullptr, nullptr,
+                         nullptr, nullptr) != ERROR_SUCCESS)
+        return 0;
+    return values;
+}
+
+class WriteBatch : public zettest::RegistryTest {
+protected:
+    void SetUp() override
+    {
+        ScopedKey parent;
+        ASSERT_EQ(ERROR_SUCCESS, zettest::createKey(HKEY_LOCAL_MACHINE, kParent, parent));
+    }
+    void TearDown() override { unsetenv("ZET_REGISTRY_INITIAL_MAP"); }
+};
+
+TEST_F(WriteBatch, WritesAreOneCommitThatTheThreadReadsAndOthersSeeOnlyAfterIt)
+{
+    const uint64_t before = commits();
+    {
+        zet::RegistryBatch batch;
+        ScopedKey child;
+        ASSERT_EQ(ERROR_SUCCESS, zettest::createKey(HKEY_LOCAL_MACHINE, kChild, child));
+        ASSERT_EQ(ERROR_SUCCESS, setNumber(child.get(), L"first", 1));
+        EXPECT_EQ(1, numberAt(kChild, L"first")) << "the new key is found and read in the batch";
+        ASSERT_EQ(ERROR_SUCCESS, setNumber(child.get(), L"first", 2));
+        EXPECT_EQ(2, numberAt(kChild, L"first")) << "nothing read before the last write is taken for it";
+        ASSERT_EQ(ERROR_SUCCESS, setNumber(child.get(), L"second", 3));
+        EXPECT_EQ(2u, valueCount(kChild));
+        ASSERT_EQ(ERROR_SUCCESS, RegDeleteValueW(child.get(), L"second"));
+        EXPECT_EQ(1u, valueCount(kChild));
+        EXPECT_EQ(-1, numberFromAnotherThread(kChild, L"first"));
+        EXPECT_EQ(before, committedSeenElsewhere()) << "nothing is committed yet";
+    }
+    EXPECT_EQ(before + 1, commits());
+    EXPECT_EQ(2, numberFromAnotherThread(kChild, L"first"));
+    EXPECT_EQ(1u, valueCount(kChild));
+}
+
+TEST_F(WriteBatch, ARefusedWriteFailsAloneAndTheWritesAroundItStay)
+{
+    {
+        zet::RegistryBatch batch;
+        ScopedKey parent, child;
+        ASSERT_EQ(ERROR_SUCCESS, zettest::openKey(HKEY_LOCAL_MACHINE, kParent, parent, KEY_ALL_ACCESS));
+        ASSERT_EQ(ERROR_SUCCESS, setNumber(parent.get(), L"before", 1));
+        ASSERT_EQ(ERROR_SUCCESS, zettest::createKey(HKEY_LOCAL_MACHINE, kChild, child));
+        EXPECT_EQ(ERROR_ACCESS_DENIED, RegDeleteKeyW(HKEY_LOCAL_MACHINE, kParent)) << "it has a subkey";
+        EXPECT_EQ(ERROR_INVALID_PARAMETER, setNumber(parent.get(), std::wstring(16384, L'n'), 2));
+        ASSERT_EQ(ERROR_SUCCESS, RegDeleteKeyW(HKEY_LOCAL_MACHINE, kChild));
+        EXPECT_EQ(ERROR_KEY_DELETED, setNumber(child.get(), L"orphan", 3));
+        ASSERT_EQ(ERROR_SUCCESS, setNumber(parent.get(), L"after", 4));
+    }
+    EXPECT_EQ(1, numberAt(kParent, L"before"));
+    EXPECT_EQ(4, numberAt(kParent, L"after"));
+    EXPECT_EQ(2u, valueCount(kParent));
+}
+
+TEST_F(WriteBatch, TheMapGrowsInTheMiddleAndKeepsEveryWriteOfTheBatch)
+{
+    setenv("ZET_REGISTRY_INITIAL_MAP", "65536", 1);
+    zettest::TestRegistry tiny;  // a store opened with the tiny map
+    ScopedKey key;
+    ASSERT_EQ(ERROR_SUCCESS, zettest::createKey(HKEY_LOCAL_MACHINE, kParent, key));
+    const uint64_t before = commits();
+    const std::vector<BYTE> block(4096, 0x5A);
+    const int kBlocks = 200;  // 800 KiB: several doublings
+    {
+        zet::RegistryBatch batch;
+        for (int i = 0; i < kBlocks; ++i) {
+            ASSERT_EQ(ERROR_SUCCESS, setNumber(key.get(), L"number" + std::to_wstring(i), i));
+            ASSERT_EQ(ERROR_SUCCESS, RegSetValueExW(key.get(), (L"block" + std::to_wstring(i)).c_str(), 0, REG_BINARY,
+                                                    block.data(), static_cast<DWORD>(block.size())));
+        }
+        EXPECT_EQ(2u * kBlocks, valueCount(kParent)) << "read in the batch after the map grew";
+        EXPECT_EQ(0, numberAt(kParent, L"number0"));
+        EXPECT_EQ(ERROR_SUCCESS, batch.commit());
+    }
+    EXPECT_EQ(before + 1, commits());
+    EXPECT_GT(StoreCatalog::instance().current()->mapSize(), 800u * 1024u);
+    for (int i = 0; i < kBlocks; ++i)
+        ASSERT_EQ(i, numberAt(kParent, L"number" + std::to_wstring(i)));
+}
+
+TEST_F(WriteBatch, OnlyTheOutermostBatchCommitsOrDrops)
+{
+    const uint64_t before = commits();
+    {
+        zet::RegistryBatch outer;
+        ScopedKey parent;
+        ASSERT_EQ(ERROR_SUCCESS, zettest::openKey(HKEY_LOCAL_MACHINE, kParent, parent, KEY_ALL_ACCESS));
+        {
+            zet::RegistryBatch inner;
+            ASSERT_EQ(ERROR_SUCCESS, setNumber(parent.get(), L"inner", 1));
+            EXPECT_FALSE(inner.discard()) << "a nested batch can't drop what the outer one holds";
+        }
+        EXPECT_EQ(1, numberAt(kParent, L"inner"));
+        EXPECT_TRUE(outer.discard());
+    }
+    EXPECT_EQ(before, commits());
+    EXPECT_EQ(-1, numberAt(kParent, L"inner"));
+}
+
+// Operations that write many values, each once on a fresh store and once more: one commit.
+TEST(OperationCommits, AnOperationThatWritesManyValuesCommitsOnce)
+{
+    zettest::TestRegistry registry;
+    for (int i = 0; i < 50; ++i) {
+        boost::shared_ptr<ZETFallbackSettings> record(new ZETFallbackSettings);
+        record->owner = L"Owner" + std::to_wstring(i % 5);
+        record->network = L"Network" + std::to_wstring(i);
+        const uint64_t before = commits();
+        ZETSettings::setFallbackSettings(record);
+        ASSERT_EQ(before + 1, commits()) << "record " << i;
+    }
+    ZETConfigParam param;
+    param.InitializeDefaults();
+    for (int load = 0; load < 2; ++load) {
+        const uint64_t before = commits();
+        param.LoadFromRegistry(L"{00000000-0000-0000-0000-000000000000}");
+        EXPECT_EQ(before + 1, commits()) << "load " << load;
+    }
+    const uint64_t before = commits();
+    EXPECT_EQ(7, ZETSettings::intGetNetlibValue(L"FreshValue", 7)) << "a new family key and its default";
+    EXPECT_EQ(before + 1, commits());
+}
+
+}  // namespace

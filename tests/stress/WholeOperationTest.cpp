@@ -1,0 +1,380 @@
+// Whole-operation test: a process killed with SIGKILL in the middle of an operation that makes
+// many registry writes leaves all of them or none, and no committed state ever holds part of
+// one.
+//
+// Two operations, each on its own store:
+// - setFallbackSettings on a large database. The contract rewrites every record, so a worker
+//   first stores every record with one stray byte behind its form (in one batch), then calls
+//   setFallbackSettings, which stores each record's form alone: in every state some other
+//   process can see, either every record has the stray byte or none has.
+// - `zetsettings reg import` of a file of many values, each holding the file's generation:
+//   the tool is run with files of alternating generations and killed; every value must hold
+//   the same one.
+// The checker reads a committed state whole: it opens a batch and makes a write first, so that
+// its reads are made in one transaction; then drops the batch.
+#include <signal.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstring>
+#include <fstream>
+#include <map>
+#include <stdexcept>
+#include <iostream>
+#include <random>
+#include <vector>
+
+#include <zetsettings/ZETSettings.h>
+#include <zetsettings/platform/RegistryBatch.h>
+
+#include "Forms.h"
+#include "Processes.h"
+#include "StressRoles.h"
+#include "support/ZETSettingsTestAccess.h"
+
+namespace zetstress {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+const wchar_t kDatabaseKey[] = L"Software\\Orvane\\QXL\\FallbackDatabase";
+const wchar_t kImportKey[] = L"Software\\WholeImport";
+const wchar_t kScratchKey[] = L"Software\\WholeScratch";
+const long kOwners = 20;
+const long kImportKeys = 20;
+
+std::wstring ownerOf(long record)
+{
+    return L"whole-owner-" + std::to_wstring(record % kOwners);
+}
+
+std::wstring networkOf(long record)
+{
+    return L"Whole network " + std::to_wstring(record);
+}
+
+class Key {
+public:
+    Key(HKEY parent, const std::wstring& name, REGSAM access)
+        : m_status(RegOpenKeyExW(parent, name.c_str(), 0, access, &m_key))
+    {
+    }
+    ~Key()
+    {
+        if (m_status == ERROR_SUCCESS)
+            RegCloseKey(m_key);
+    }
+    bool open() const { return m_status == ERROR_SUCCESS; }
+    HKEY get() const { return m_key; }
+
+private:
+    HKEY m_key = nullptr;
+    LONG m_status;
+};
+
+std::vector<std::wstring> subkeysOf(HKEY key)
+{
+    std::vector<std::wstring> names;
+    for (DWORD index = 0;; ++index) {
+        wchar_t name[256];
+        DWORD units = 256;
+        if (RegEnumKeyExW(key, index, name, &units, nullptr, nullptr, nullptr, nullptr) != ERROR_SUCCESS)
+            return names;
+        names.emplace_back(name, units);
+    }
+}
+
+struct Value {
+    std::wstring name;
+    std::string data;
+};
+
+std::vector<Value> valuesOf(HKEY key)
+{
+    std::vector<Value> values;
+    for (DWORD index = 0;; ++index) {
+        wchar_t name[512];
+        DWORD units = 512;
+        BYTE data[4096];
+        DWORD size = sizeof(data);
+        if (RegEnumValueW(key, index, name, &units, nullptr, nullptr, data, &size) != ERROR_SUCCESS)
+            return values;
+        values.push_back({std::wstring(name, units), std::string(reinterpret_cast<char*>(data), size)});
+    }
+}
+
+// Whether the stored bytes are a record's form and nothing behind it.
+bool isBareForm(const std::string& data)
+{
+    ZETFallbackSettings record;
+    return record.deserialize(reinterpret_cast<const unsigned char*>(data.data()), static_cast<int>(data.size())) ==
+           static_cast<int>(data.size());
+}
+
+// Calls visit(ownerKey, value) for every record of the database.
+template <class Visit>
+void forEachRecord(REGSAM access, Visit visit)
+{
+    Key database(HKEY_LOCAL_MACHINE, kDatabaseKey, KEY_READ);
+    if (!database.open())
+        return;
+    for (const std::wstring& owner : subkeysOf(database.get())) {
+        Key ownerKey(database.get(), owner, access);
+        for (const Value& value : valuesOf(ownerKey.get()))
+            visit(ownerKey.get(), value);
+    }
+}
+
+void plantDatabase(long records)
+{
+    ZETOwnerToNetworkMap map;
+    for (long i = 0; i < records; ++i) {
+        const boost::shared_ptr<ZETFallbackSettings> record = fallbackForm(ownerOf(i), networkOf(i), L"planted");
+        ZETNetworkToFallbackSettingsMap& entry = map.owners[record->owner];
+        entry.owner = record->owner;
+        entry.networks[record->network] = *record;
+    }
+    ZETSettingsTestAccess::saveFallbackSettings(map);
+}
+
+// Every record gets a stray byte behind its form, in one commit.
+void strayEveryRecord()
+{
+    zet::RegistryBatch batch;
+    forEachRecord(KEY_ALL_ACCESS, [](HKEY owner, const Value& value) {
+        if (!isBareForm(value.data))
+            return;
+        const std::string stray = value.data + '\xEE';
+        RegSetValueExW(owner, value.name.c_str(), 0, REG_BINARY, reinterpret_cast<const BYTE*>(stray.data()),
+                       static_cast<DWORD>(stray.size()));
+    });
+}
+
+// ---- the fallback worker --------------------------------------------------------------------
+
+int fallbackWorker(const Options& options)
+{
+    SharedCounters cycles(options.text("counters", ""), 1, false);
+    for (long cycle = 1;; ++cycle) {
+        strayEveryRecord();
+        ZETSettings::setFallbackSettings(fallbackForm(ownerOf(cycle), L"Added " + std::to_wstring(cycle), L"added"));
+        cycles[0].fetch_add(1);
+    }
+}
+
+// ---- the import files -----------------------------------------------------------------------
+
+std::string importFile(const std::string& folder, long generation, long values)
+{
+    const std::string path = folder + "/generation" + std::to_string(generation) + ".reg";
+    std::wstring text = L"Windows Registry Editor Version 5.00\r\n\r\n";
+    for (long key = 0; key < kImportKeys; ++key) {
+        text += L"[HKEY_LOCAL_MACHINE\\" + std::wstring(kImportKey) + L"\\Key" + std::to_wstring(key) + L"]\r\n";
+        for (long value = key; value < values; value += kImportKeys)
+            text += L"\"Value" + std::to_wstring(value) + L"\"=dword:" + std::to_wstring(generation) + L"\r\n";
+        text += L"\r\n";
+    }
+    std::ofstream file(path, std::ios::binary);
+    file.write("\xFF\xFE", 2);
+    for (wchar_t unit : text)
+        file.put(static_cast<char>(unit & 0xFF)).put(static_cast<char>((unit >> 8) & 0xFF));
+    return path;
+}
+
+// ---- the checker ----------------------------------------------------------------------------
+
+// Opens a batch whose reads are all made in one transaction: its first write begins it.
+class WholeRead {
+public:
+    WholeRead()
+    {
+        HKEY scratch = nullptr;
+        if (RegCreateKeyExW(HKEY_LOCAL_MACHINE, kScratchKey, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &scratch,
+                            nullptr) != ERROR_SUCCESS)
+            throw std::runtime_error("the scratch key can't be made");
+        const DWORD any = 0;
+        const LONG status = RegSetValueExW(scratch, L"read", 0, REG_DWORD, reinterpret_cast<const BYTE*>(&any),
+                                           sizeof(any));
+        RegCloseKey(scratch);
+        if (status != ERROR_SUCCESS)
+            throw std::runtime_error("the scratch value can't be written");
+    }
+    ~WholeRead() { m_batch.discard(); }
+
+private:
+    zet::RegistryBatch m_batch;
+};
+
+int checkFallback(long records)
+{
+    WholeRead whole;
+    long stray = 0, bare = 0;
+    forEachRecord(KEY_READ, [&](HKEY, const Value& value) { ++(isBareForm(value.data) ? bare : stray); });
+    std::cout << "records " << stray + bare << " stray " << stray << "\n";
+    if (stray != 0 && bare != 0) {
+        std::cerr << "VIOLATION: " << stray << " records with the stray byte and " << bare << " without\n";
+        return 1;
+    }
+    if (stray + bare < records) {
+        std::cerr << "VIOLATION: only " << stray + bare << " of " << records << " records\n";
+        return 1;
+    }
+    return 0;
+}
+
+int checkImport(long values)
+{
+    WholeRead whole;
+    std::map<long, long> generations;
+    long found = 0;
+    for (long key = 0; key < kImportKeys; ++key) {
+        Key imported(HKEY_LOCAL_MACHINE, std::wstring(kImportKey) + L"\\Key" + std::to_wstring(key), KEY_READ);
+        if (!imported.open())
+            continue;
+        for (const Value& value : valuesOf(imported.get())) {
+            uint32_t generation = 0;
+            std::memcpy(&generation, value.data.data(), std::min<std::size_t>(4, value.data.size()));
+            ++generations[static_cast<long>(generation)];
+            ++found;
+        }
+    }
+    std::cout << "values " << found << " generations " << generations.size() << "\n";
+    if (found != 0 && (found != values || generations.size() != 1)) {
+        std::cerr << "VIOLATION: " << found << " of " << values << " values, from " << generations.size()
+                  << " imports\n";
+        return 1;
+    }
+    return 0;
+}
+
+// ---- the driver -----------------------------------------------------------------------------
+
+class WholeDriver {
+public:
+    explicit WholeDriver(const Options& options)
+        : m_kills(options.number("kills", 100)), m_records(options.number("records", 2000)),
+          m_values(options.number("values", 2000)), m_tool(options.text("tool", "")),
+          m_seed(static_cast<unsigned>(options.number("seed", std::random_device()()))), m_random(m_seed)
+    {
+    }
+
+    int run()
+    {
+        int faults = runFallback();
+        if (m_tool.empty())
+            std::cout << "import: skipped, no --tool given\n";
+        else
+            faults += runImport();
+        return faults == 0 ? 0 : 1;
+    }
+
+private:
+    int check(const std::string& what, long expected)
+    {
+        std::string output;
+        const Ending ending = runSelf({"whole-check", "--what", what, "--expected", std::to_string(expected)}, 60000,
+                                      output);
+        return ending.finished && ending.exitCode == 0 ? 0 : 1;
+    }
+
+    int killAfter(pid_t pid, double milliseconds)
+    {
+        pauseMilliseconds(static_cast<int>(milliseconds));
+        const Ending early = waitWithin(pid, 0);
+        if (!early.finished)
+            killAndReap(pid);
+        return early.finished ? 1 : 0;
+    }
+
+    int runFallback()
+    {
+        RunDirectory run;
+        plantDatabase(m_records);
+        SharedCounters cycles(run.path() + "/cycles", 1, true);
+        const std::vector<std::string> worker{"whole-fallback-worker", "--counters", run.path() + "/cycles"};
+        // One cycle's length, from a worker left alone for a while.
+        const pid_t first = startSelf(worker);
+        const Clock::time_point start = Clock::now();
+        while (cycles[0].load() < 3 && Clock::now() - start < std::chrono::seconds(120))
+            pauseMilliseconds(5);
+        const double cycle = std::chrono::duration<double, std::milli>(Clock::now() - start).count() / 3;
+        killAndReap(first);
+        int faults = check("fallback", m_records);
+        long inside = 0;
+        for (long kill = 0; kill < m_kills && faults == 0; ++kill) {
+            const pid_t pid = startSelf(worker);
+            const uint64_t before = cycles[0].load();
+            faults += concurrentCheck("fallback", m_records, kill);
+            faults += killAfter(pid, std::uniform_real_distribution<double>(0, 3 * cycle)(m_random));
+            inside += cycles[0].load() > before ? 1 : 0;
+            faults += check("fallback", m_records);
+        }
+        std::cout << "whole test, setFallbackSettings on " << m_records << " records (seed " << m_seed << "): "
+                  << m_kills << " SIGKILLs, a cycle of about " << static_cast<long>(cycle) << " ms, " << inside
+                  << " kills after the worker's first whole cycle; "
+                  << (faults == 0 ? "no violation" : std::to_string(faults) + " violation(s)") << "\n";
+        return faults;
+    }
+
+    // Every few kills a check runs while the worker works: what it sees is a committed state.
+    int concurrentCheck(const std::string& what, long expected, long kill)
+    {
+        return kill % 5 == 4 ? check(what, expected) : 0;
+    }
+
+    int runImport()
+    {
+        RunDirectory run;
+        const std::string files[] = {importFile(run.path(), 1, m_values), importFile(run.path(), 2, m_values)};
+        const Clock::time_point start = Clock::now();
+        if (waitWithin(startProgram(m_tool, {"reg", "import", files[0]}), 120000).exitCode != 0) {
+            std::cerr << "VIOLATION: the first import failed\n";
+            return 1;
+        }
+        const double length = std::chrono::duration<double, std::milli>(Clock::now() - start).count();
+        int faults = check("import", m_values);
+        long completed = 0;
+        for (long kill = 0; kill < m_kills && faults == 0; ++kill) {
+            const pid_t pid = startProgram(m_tool, {"reg", "import", files[(kill + 1) % 2]});
+            pauseMilliseconds(static_cast<int>(std::uniform_real_distribution<double>(0, 1.2 * length)(m_random)));
+            const Ending ending = waitWithin(pid, 0);
+            if (ending.finished)
+                ++completed;
+            else
+                killAndReap(pid);
+            faults += check("import", m_values);
+        }
+        std::cout << "whole test, reg import of " << m_values << " values (seed " << m_seed << "): " << m_kills
+                  << " runs, one of about " << static_cast<long>(length) << " ms, " << m_kills - completed
+                  << " killed before they ended; "
+                  << (faults == 0 ? "no violation" : std::to_string(faults) + " violation(s)") << "\n";
+        return faults;
+    }
+
+    long m_kills;
+    long m_records;
+    long m_values;
+    std::string m_tool;
+    unsigned m_seed;
+    std::mt19937 m_random;
+};
+
+}  // namespace
+
+int wholeDriver(const Options& options)
+{
+    return WholeDriver(options).run();
+}
+
+int wholeFallbackWorker(const Options& options)
+{
+    return fallbackWorker(options);
+}
+
+int wholeCheck(const Options& options)
+{
+    const long expected = options.number("expected", 0);
+    return options.text("what", "") == "import" ? checkImport(expected) : checkFallback(expected);
+}
+
+}  // namespace zetstress
