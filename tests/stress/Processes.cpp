@@ -15,6 +15,8 @@
 
 #include <zetsettings/ZETSettings.h>
 
+#include "support/StartProgram_posix.h"
+
 namespace zetstress {
 namespace {
 
@@ -33,22 +35,8 @@ Ending endingOf(int status)
 
 pid_t startSelfWithOutput(const std::vector<std::string>& args, int outputFd)
 {
-    std::vector<std::string> words(1, "/proc/self/exe");
-    words.insert(words.end(), args.begin(), args.end());
-    std::vector<char*> argv;
-    for (std::string& word : words)
-        argv.push_back(&word[0]);
-    argv.push_back(nullptr);
-    const pid_t pid = fork();
-    if (pid < 0)
-        throw std::runtime_error("fork failed");
-    if (pid == 0) {
-        if (outputFd >= 0)
-            dup2(outputFd, STDOUT_FILENO);
-        execv("/proc/self/exe", argv.data());
-        _exit(126);
-    }
-    return pid;
+    return zettest::startProgram(zettest::kThisProgram, args,
+                                 [outputFd] { return outputFd < 0 || dup2(outputFd, STDOUT_FILENO) >= 0; });
 }
 
 }  // namespace
