@@ -97,6 +97,12 @@ static int failsNow(const char* call, const char* path, int fd)
     if (isOurDescriptor(fd) && failsNow(call, NULL, fd)) \
         return failure;
 
+/* Calls that only need counting: the N-th fails, the others go on to the real one. */
+#define FAULT_ON_FD(type, name, params, args) \
+    type name params { ON_FD(#name, fd, -1); return REAL(name) args; }
+#define FAULT_ON_PATH(name, path, params, args) \
+    int name params { ON_PATH(#name, path, -1); return REAL(name) args; }
+
 static mode_t modeOf(int flags, va_list args)
 {
     return (flags & (O_CREAT | O_TMPFILE)) ? (mode_t)va_arg(args, int) : 0;
@@ -145,65 +151,16 @@ int close(int fd)
     return REAL(close)(fd);
 }
 
-ssize_t read(int fd, void* buffer, size_t size)
-{
-    ON_FD("read", fd, -1);
-    return REAL(read)(fd, buffer, size);
-}
-
-ssize_t pread(int fd, void* buffer, size_t size, off_t offset)
-{
-    ON_FD("pread", fd, -1);
-    return REAL(pread)(fd, buffer, size, offset);
-}
-
-ssize_t write(int fd, const void* buffer, size_t size)
-{
-    ON_FD("write", fd, -1);
-    return REAL(write)(fd, buffer, size);
-}
-
-ssize_t pwrite(int fd, const void* buffer, size_t size, off_t offset)
-{
-    ON_FD("pwrite", fd, -1);
-    return REAL(pwrite)(fd, buffer, size, offset);
-}
-
-ssize_t writev(int fd, const struct iovec* parts, int count)
-{
-    ON_FD("writev", fd, -1);
-    return REAL(writev)(fd, parts, count);
-}
-
-ssize_t pwritev(int fd, const struct iovec* parts, int count, off_t offset)
-{
-    ON_FD("pwritev", fd, -1);
-    return REAL(pwritev)(fd, parts, count, offset);
-}
-
-int fsync(int fd)
-{
-    ON_FD("fsync", fd, -1);
-    return REAL(fsync)(fd);
-}
-
-int fdatasync(int fd)
-{
-    ON_FD("fdatasync", fd, -1);
-    return REAL(fdatasync)(fd);
-}
-
-int ftruncate(int fd, off_t length)
-{
-    ON_FD("ftruncate", fd, -1);
-    return REAL(ftruncate)(fd, length);
-}
-
-int fchmod(int fd, mode_t mode)
-{
-    ON_FD("fchmod", fd, -1);
-    return REAL(fchmod)(fd, mode);
-}
+FAULT_ON_FD(ssize_t, read, (int fd, void* buffer, size_t size), (fd, buffer, size))
+FAULT_ON_FD(ssize_t, pread, (int fd, void* buffer, size_t size, off_t offset), (fd, buffer, size, offset))
+FAULT_ON_FD(ssize_t, write, (int fd, const void* buffer, size_t size), (fd, buffer, size))
+FAULT_ON_FD(ssize_t, pwrite, (int fd, const void* buffer, size_t size, off_t offset), (fd, buffer, size, offset))
+FAULT_ON_FD(ssize_t, writev, (int fd, const struct iovec* parts, int count), (fd, parts, count))
+FAULT_ON_FD(ssize_t, pwritev, (int fd, const struct iovec* parts, int count, off_t offset), (fd, parts, count, offset))
+FAULT_ON_FD(int, fsync, (int fd), (fd))
+FAULT_ON_FD(int, fdatasync, (int fd), (fd))
+FAULT_ON_FD(int, ftruncate, (int fd, off_t length), (fd, length))
+FAULT_ON_FD(int, fchmod, (int fd, mode_t mode), (fd, mode))
 
 int flock(int fd, int operation)
 {
@@ -232,32 +189,9 @@ void* mmap(void* address, size_t length, int protection, int flags, int fd, off_
     return REAL(mmap)(address, length, protection, flags, fd, offset);
 }
 
-int mkdir(const char* path, mode_t mode)
-{
-    ON_PATH("mkdir", path, -1);
-    return REAL(mkdir)(path, mode);
-}
-
-int rename(const char* from, const char* to)
-{
-    ON_PATH("rename", to, -1);
-    return REAL(rename)(from, to);
-}
-
-int renameat2(int fromDir, const char* from, int toDir, const char* to, unsigned int flags)
-{
-    ON_PATH("renameat2", to, -1);
-    return REAL(renameat2)(fromDir, from, toDir, to, flags);
-}
-
-int link(const char* from, const char* to)
-{
-    ON_PATH("link", to, -1);
-    return REAL(link)(from, to);
-}
-
-int chmod(const char* path, mode_t mode)
-{
-    ON_PATH("chmod", path, -1);
-    return REAL(chmod)(path, mode);
-}
+FAULT_ON_PATH(mkdir, path, (const char* path, mode_t mode), (path, mode))
+FAULT_ON_PATH(rename, to, (const char* from, const char* to), (from, to))
+FAULT_ON_PATH(renameat2, to, (int fromDir, const char* from, int toDir, const char* to, unsigned int flags),
+              (fromDir, from, toDir, to, flags))
+FAULT_ON_PATH(link, to, (const char* from, const char* to), (from, to))
+FAULT_ON_PATH(chmod, path, (const char* path, mode_t mode), (path, mode))

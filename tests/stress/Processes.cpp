@@ -15,6 +15,8 @@
 
 #include <zetsettings/ZETSettings.h>
 
+#include "support/StartProgram_posix.h"
+
 namespace zetstress {
 namespace {
 
@@ -33,27 +35,13 @@ Ending endingOf(int status)
 
 pid_t startWithOutput(const std::string& program, const std::vector<std::string>& args, int outputFd)
 {
-    std::vector<std::string> words(1, program);
-    words.insert(words.end(), args.begin(), args.end());
-    std::vector<char*> argv;
-    for (std::string& word : words)
-        argv.push_back(&word[0]);
-    argv.push_back(nullptr);
-    const pid_t pid = fork();
-    if (pid < 0)
-        throw std::runtime_error("fork failed");
-    if (pid == 0) {
-        if (outputFd >= 0)
-            dup2(outputFd, STDOUT_FILENO);
-        execv(program.c_str(), argv.data());
-        _exit(126);
-    }
-    return pid;
+    return zettest::startProgram(program, args,
+                                 [outputFd] { return outputFd < 0 || dup2(outputFd, STDOUT_FILENO) >= 0; });
 }
 
 pid_t startSelfWithOutput(const std::vector<std::string>& args, int outputFd)
 {
-    return startWithOutput("/proc/self/exe", args, outputFd);
+    return startWithOutput(zettest::kThisProgram, args, outputFd);
 }
 
 }  // namespace

@@ -1,4 +1,5 @@
 #include "support/ChildProcess.h"
+#include "support/StartProgram_posix.h"
 
 #include <signal.h>
 #include <sys/wait.h>
@@ -14,26 +15,32 @@ struct ChildProcess::Impl {
     int status = 0;
 };
 
-ChildProcess::ChildProcess(const std::string& scenario, const std::vector<std::string>& args)
-    : m_impl(new Impl)
+pid_t startProgram(const std::string& path, const std::vector<std::string>& args,
+                   const std::function<bool()>& inChild)
 {
-    std::vector<std::string> words;
-    words.push_back("/proc/self/exe");
-    words.push_back("--zet-child=" + scenario);
+    std::vector<std::string> words(1, path);
     words.insert(words.end(), args.begin(), args.end());
     std::vector<char*> argv;
     for (auto& word : words)
         argv.push_back(&word[0]);
     argv.push_back(nullptr);
-
     const pid_t pid = fork();
     if (pid < 0)
         throw std::runtime_error("fork failed");
     if (pid == 0) {
-        execv("/proc/self/exe", argv.data());
+        if (!inChild || inChild())
+            execv(path.c_str(), argv.data());
         _exit(126);
     }
-    m_impl->pid = pid;
+    return pid;
+}
+
+ChildProcess::ChildProcess(const std::string& scenario, const std::vector<std::string>& args)
+    : m_impl(new Impl)
+{
+    std::vector<std::string> words(1, "--zet-child=" + scenario);
+    words.insert(words.end(), args.begin(), args.end());
+    m_impl->pid = startProgram(kThisProgram, words);
 }
 
 ChildProcess::~ChildProcess()
@@ -58,12 +65,6 @@ void ChildProcess::killHard()
 {
     if (!m_impl->reaped)
         kill(m_impl->pid, SIGKILL);
-}
-
-int runChild(const std::string& scenario, const std::vector<std::string>& args)
-{
-    ChildProcess child(scenario, args);
-    return child.wait();
 }
 
 }  // namespace zettest

@@ -68,10 +68,4 @@ void ChildProcess::killHard()
         m_impl->killed = true;
 }
 
-int runChild(const std::string& scenario, const std::vector<std::string>& args)
-{
-    ChildProcess child(scenario, args);
-    return child.wait();
-}
-
 }  // namespace zettest

@@ -4,6 +4,7 @@
 #include <cstring>
 #include <map>
 
+#include "support/ChildProcess.h"
 #include "support/TestRegistry.h"
 
 namespace zettest {
@@ -39,6 +40,12 @@ int runChildScenario(int argc, char** argv)
     }
     TestRegistry::adoptInChild();
     return found->second(std::vector<std::string>(argv + 2, argv + argc));
+}
+
+int runChild(const std::string& scenario, const std::vector<std::string>& args)
+{
+    ChildProcess child(scenario, args);
+    return child.wait();
 }
 
 }  // namespace zettest

@@ -173,18 +173,21 @@ TEST_F(RegCommand, ABadFileImportsNothing)
         {"root.reg", header + "[HKEY_CURRENT_CONFIG\\x]\r\n", "outside the registry's roots"},
         // Passes the reader; the registry refuses the name's length while applying.
         {"refused.reg", header + "\"" + std::string(17000, 'n') + "\"=\"x\"\r\n", "Error accessing the registry"},
+        // Data that the registry would keep only in part.
+        {"odd.reg", header + "\"s\"=hex(1):61,00,62\r\n", "would lose the last byte"},
+        {"odd7.reg", header + "\"m\"=hex(7):61,00,00,00,00\r\n", "would lose the last byte"},
+        {"cut-inside.reg", header + "\"c\"=hex:01,02,\\\r\n  03,0", "ends inside continued hex data"},
     };
     for (const auto& file : files) {
-        const std::u16string text = zetreg::utf8ToUtf16Lenient(file.text);
-        zettooltest::writeFile(scratch(file.name), "\xFF\xFE" + zetreg::utf16ToBytes(text));
+        zettooltest::writeFile(scratch(file.name), file.text);  // UTF-8, as other tools write them
         const ToolResult result = runTool({"reg", "import", scratch(file.name)});
         EXPECT_EQ(result.status, 1) << file.name;
         EXPECT_NE(result.err.find(file.message), std::string::npos) << file.name << ": " << result.err;
         EXPECT_EQ(exportBase("after.reg"), before) << file.name;
     }
     // Mis-encoded: UTF-16 with an odd byte count.
-    zettooltest::writeFile(scratch("odd.reg"), before + "x");
-    EXPECT_EQ(runTool({"reg", "import", scratch("odd.reg")}).status, 1);
+    zettooltest::writeFile(scratch("odd-utf16.reg"), before + "x");
+    EXPECT_EQ(runTool({"reg", "import", scratch("odd-utf16.reg")}).status, 1);
 }
 
 }  // namespace

@@ -20,11 +20,7 @@ RegFileValue value(const std::wstring& name, uint32_t type, const std::string& d
     return v;
 }
 
-std::string utf16Text(const std::u16string& text) { return utf16ToBytes(text); }
-
 std::string fileOf(const std::u16string& text) { return "\xFF\xFE" + utf16ToBytes(text); }
-
-std::string utf8(const std::u16string& text) { return utf16ToUtf8(text); }
 
 // The text of a file as written, without the byte order mark.
 std::string textOf(const std::string& bytes) { return utf16ToUtf8(bytesToUtf16(bytes.substr(2))); }
@@ -46,8 +42,8 @@ TEST(RegFileWriter, WritesTheFormOfWindowsExport)
     RegFileKey key;
     key.path = L"HKEY_CURRENT_USER\\Software\\Test";
     key.values.push_back(value(L"DWORD", kRegDword, std::string("\x00\x01\x00\x00", 4)));
-    key.values.push_back(value(L"double\"quote", kRegSz, utf16Text(u"\"Hi\" C:\\x")+std::string(2, '\0')));
-    key.values.push_back(value(L"", kRegSz, utf16Text(u"Default value name") + std::string(2, '\0')));
+    key.values.push_back(value(L"double\"quote", kRegSz, utf16ToBytes(u"\"Hi\" C:\\x")+std::string(2, '\0')));
+    key.values.push_back(value(L"", kRegSz, utf16ToBytes(u"Default value name") + std::string(2, '\0')));
     key.values.push_back(value(L"Undefined hex", 0x100, "%PATH%" + std::string(1, '\0')));
     RegFileKey empty;
     empty.path = L"HKEY_CURRENT_USER\\Software\\Test\\Sub";
@@ -67,13 +63,12 @@ TEST(RegFileWriter, WritesTheFormOfWindowsExport)
 TEST(RegFileWriter, BreaksLongHexLinesWhereWindowsDoes)
 {
     // Windows' own export of this value: 17 bytes on the first line, then lines of 25.
-    const std::string lines = utf16Text(u"Line1") + std::string(2, '\0') + utf16Text(u"Line2") + std::string(2, '\0') +
-                              utf16Text(u"Line3") + std::string(4, '\0');
-    EXPECT_EQ(utf8(formatValueLine(value(L"Multiple strings", kRegMultiSz, lines))),
+    const std::string lines = utf16ToBytes(std::u16string(u"Line1\0Line2\0Line3\0\0", 19));
+    EXPECT_EQ(utf16ToUtf8(formatValueLine(value(L"Multiple strings", kRegMultiSz, lines))),
               "\"Multiple strings\"=hex(7):4c,00,69,00,6e,00,65,00,31,00,00,00,4c,00,69,00,6e,\\\r\n"
               "  00,65,00,32,00,00,00,4c,00,69,00,6e,00,65,00,33,00,00,00,00,00");
     const std::string longData(60, '\x11');
-    const std::string line = utf8(formatValueLine(value(L"b", kRegBinary, longData)));
+    const std::string line = utf16ToUtf8(formatValueLine(value(L"b", kRegBinary, longData)));
     EXPECT_EQ(line.substr(0, line.find('\r')).size(), 78u);  // "b"=hex: and 23 bytes, then the backslash
     EXPECT_EQ(line.find("\r\n  11,11,11,11,11,11,11,11,11,11,11,11,11,11,11,11,11,11,11,11,11,11,11,11,11,\\"),
               line.substr(0, line.find('\r')).size());
@@ -81,21 +76,21 @@ TEST(RegFileWriter, BreaksLongHexLinesWhereWindowsDoes)
 
 TEST(RegFileWriter, StringsThatAQuotedStringWouldChangeAndOddDwordsGoHex)
 {
-    EXPECT_EQ(utf8(formatValueLine(value(L"s", kRegSz, utf16Text(u"a") + std::string(2, '\0') + utf16Text(u"d")))),
+    EXPECT_EQ(utf16ToUtf8(formatValueLine(value(L"s", kRegSz, utf16ToBytes(std::u16string(u"a\0d", 3))))),
               "\"s\"=hex(1):61,00,00,00,64,00");
-    EXPECT_EQ(utf8(formatValueLine(value(L"s", kRegSz, utf16Text(u"a")))), "\"s\"=hex(1):61,00");
-    EXPECT_EQ(utf8(formatValueLine(value(L"d", kRegDword, ""))), "\"d\"=hex(4):");
-    EXPECT_EQ(utf8(formatValueLine(value(L"n", kRegNone, ""))), "\"n\"=hex(0):");
+    EXPECT_EQ(utf16ToUtf8(formatValueLine(value(L"s", kRegSz, utf16ToBytes(u"a")))), "\"s\"=hex(1):61,00");
+    EXPECT_EQ(utf16ToUtf8(formatValueLine(value(L"d", kRegDword, ""))), "\"d\"=hex(4):");
+    EXPECT_EQ(utf16ToUtf8(formatValueLine(value(L"n", kRegNone, ""))), "\"n\"=hex(0):");
 }
 
 TEST(RegFileReader, ReadsBackWhatTheWriterWrote)
 {
     RegFileKey key;
     key.path = L"HKEY_LOCAL_MACHINE\\Software\\Orvane\\QXL";
-    key.values.push_back(value(L"text", kRegSz, utf16Text(u"line\nbreak \u00e9 \U0001F600") + std::string(2, '\0')));
+    key.values.push_back(value(L"text", kRegSz, utf16ToBytes(u"line\nbreak \u00e9 \U0001F600") + std::string(2, '\0')));
     key.values.push_back(value(L"num", kRegDword, std::string("\x78\x56\x34\x12", 4)));
     key.values.push_back(value(L"blob", kRegBinary, std::string(100, '\xAB')));
-    key.values.push_back(value(L"expand", kRegExpandSz, utf16Text(u"%x%") + std::string(2, '\0')));
+    key.values.push_back(value(L"expand", kRegExpandSz, utf16ToBytes(u"%x%") + std::string(2, '\0')));
     key.values.push_back(value(L"", kRegQword, std::string(8, '\x01')));
     const RegFile file = readRegFile(writeRegFile({key}));
     ASSERT_EQ(file.version, 5);
@@ -137,8 +132,8 @@ TEST(RegFileReader, WidensTheNarrowTextOfRegedit4)
     const RegFile file = readRegFile("REGEDIT4\r\n\r\n[HKEY_LOCAL_MACHINE\\Software\\x]\r\n"
                                      "\"e\"=hex(2):25,41,25,00\r\n\"s\"=\"caf\xC3\xA9\"\r\n");
     ASSERT_EQ(file.version, 4);
-    EXPECT_EQ(file.keys[0].values[0].data, utf16Text(u"%A%") + std::string(2, '\0'));
-    EXPECT_EQ(file.keys[0].values[1].data, utf16Text(u"caf\u00e9") + std::string(2, '\0'));
+    EXPECT_EQ(file.keys[0].values[0].data, utf16ToBytes(u"%A%") + std::string(2, '\0'));
+    EXPECT_EQ(file.keys[0].values[1].data, utf16ToBytes(u"caf\u00e9") + std::string(2, '\0'));
 }
 
 TEST(RegFileReader, ReadsRegedit4InWindows1252AsWindowsWritesIt)
@@ -148,8 +143,8 @@ TEST(RegFileReader, ReadsRegedit4InWindows1252AsWindowsWritesIt)
     ASSERT_EQ(file.keys.size(), 1u);
     EXPECT_EQ(file.keys[0].path, L"HKEY_LOCAL_MACHINE\\Software\\caf\u00e9");
     EXPECT_EQ(file.keys[0].values[0].name, L"\u20ac");
-    EXPECT_EQ(file.keys[0].values[0].data, utf16Text(u"\u201cq\u201d \u0081") + std::string(2, '\0'));
-    EXPECT_EQ(file.keys[0].values[1].data, utf16Text(u"\u00e9") + std::string(4, '\0'));
+    EXPECT_EQ(file.keys[0].values[0].data, utf16ToBytes(u"\u201cq\u201d \u0081") + std::string(2, '\0'));
+    EXPECT_EQ(file.keys[0].values[1].data, utf16ToBytes(u"\u00e9") + std::string(4, '\0'));
 }
 
 TEST(RegFileWriter, QuotesKeyNamesWithLineBreaksAndReadsThemBack)

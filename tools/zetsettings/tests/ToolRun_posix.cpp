@@ -1,6 +1,7 @@
 #include "ToolRun.h"
 
 #include "support/ProcessRights.h"
+#include "support/StartProgram_posix.h"
 
 #include <fcntl.h>
 #include <poll.h>
@@ -45,10 +46,8 @@ ToolResult runProgram(const std::vector<std::string>& command, const std::string
     int in[2], out[2], err[2];
     if (pipe(in) != 0 || pipe(out) != 0 || pipe(err) != 0)
         throw std::runtime_error("pipe failed");
-    const pid_t child = fork();
-    if (child < 0)
-        throw std::runtime_error("fork failed");
-    if (child == 0) {
+    const std::vector<std::string> args(command.begin() + 1, command.end());
+    const pid_t child = zettest::startProgram(command.front(), args, [&] {
         dup2(in[0], 0);
         dup2(out[1], 1);
         dup2(err[1], 2);
@@ -56,15 +55,8 @@ ToolResult runProgram(const std::vector<std::string>& command, const std::string
             close(fd);
         for (const auto& variable : setting.environment)
             setenv(variable.first.c_str(), variable.second.c_str(), 1);
-        if (setting.unprivileged && !zettest::becomeUnprivileged())
-            _exit(126);
-        std::vector<char*> argv;
-        for (const std::string& arg : command)
-            argv.push_back(const_cast<char*>(arg.c_str()));
-        argv.push_back(nullptr);
-        execv(argv[0], argv.data());
-        _exit(127);
-    }
+        return !setting.unprivileged || zettest::becomeUnprivileged();
+    });
     close(in[0]);
     close(out[1]);
     close(err[1]);

@@ -13,6 +13,7 @@
 #include "support/ChildScenario.h"
 #include "support/TestRegistry.h"
 #include "support/ZETSettingsTestAccess.h"
+#include "zetsettings/components/tests/ProcessSignals.h"
 #include "zetsettings/components/ZETMutexGrabber.h"
 
 using namespace choosertest;
@@ -36,11 +37,7 @@ bool allHave(const wchar_t* what, int count)
 
 bool waitForAll(const wchar_t* what, int count, std::chrono::seconds limit = std::chrono::seconds(20))
 {
-    const auto until = std::chrono::steady_clock::now() + limit;
-    for (; !allHave(what, count); std::this_thread::sleep_for(std::chrono::milliseconds(2)))
-        if (std::chrono::steady_clock::now() > until)
-            return false;
-    return true;
+    return zettest::eventually([&] { return allHave(what, count); }, limit);
 }
 
 // args: the walker's number. Says it is ready, steps as fast as it can, then reports the

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "zetsettings/ZETSettings.h"
+#include "zetsettings/store/tests/RawRegistry.h"
 
 namespace choosertest {
 
@@ -83,16 +84,10 @@ inline std::string serialHex(const ZETSerializeInterface& object)
 // The value's data in hex as stored in Settings; "absent" when there is none.
 inline std::string storedHex(const std::wstring& name, DWORD* type = 0)
 {
-    HKEY key = 0;
-    if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, kSettings.c_str(), 0, KEY_READ, &key) != ERROR_SUCCESS)
-        return "absent";
-    DWORD size = 0;
-    LSTATUS status = RegQueryValueExW(key, name.c_str(), 0, type, 0, &size);
-    std::string data(size, '\0');
-    if (status == ERROR_SUCCESS && size > 0)
-        status = RegQueryValueExW(key, name.c_str(), 0, type, reinterpret_cast<BYTE*>(&data[0]), &size);
-    RegCloseKey(key);
-    return status == ERROR_SUCCESS ? hex(data) : "absent";
+    const rawreg::RawValue value = rawreg::read(kSettings, name);
+    if (type)
+        *type = value.type;
+    return value.status == ERROR_SUCCESS ? hex(std::string(value.data.begin(), value.data.end())) : "absent";
 }
 
 // Writes the value's data, given in hex, past the library.
@@ -101,12 +96,7 @@ inline void plant(const std::wstring& name, const std::string& hexData, DWORD ty
     std::string bytes;
     for (size_t i = 0; i + 1 < hexData.size(); i += 2)
         bytes += static_cast<char>(std::stoi(hexData.substr(i, 2), nullptr, 16));
-    HKEY key = 0;
-    ASSERT_EQ(ERROR_SUCCESS, RegCreateKeyExW(HKEY_LOCAL_MACHINE, kSettings.c_str(), 0, 0, 0, KEY_ALL_ACCESS, 0,
-                                             &key, 0));
-    EXPECT_EQ(ERROR_SUCCESS, RegSetValueExW(key, name.c_str(), 0, type, reinterpret_cast<const BYTE*>(bytes.data()),
-                                            static_cast<DWORD>(bytes.size())));
-    RegCloseKey(key);
+    ASSERT_EQ(ERROR_SUCCESS, rawreg::write(kSettings, name, type, bytes.data(), static_cast<DWORD>(bytes.size())));
 }
 
 // A stray byte planted behind a record's form: the library drops it whenever it writes the

@@ -13,6 +13,7 @@
 #include "support/ChildScenario.h"
 #include "support/TestRegistry.h"
 #include "zetsettings/ZETConfigParam.h"
+#include "zetsettings/components/tests/ProcessSignals.h"
 #include "zetsettings/params/tests/ParamTestSupport.h"
 #include "zetsettings/store/tests/RawRegistry.h"
 
@@ -112,10 +113,7 @@ const NumberRow kNumbers[] = {
 };
 #undef ROW
 
-std::string narrow(const std::wstring& text)
-{
-    return std::string(text.begin(), text.end());
-}
+using zettest::narrow;
 
 // What InitializeDefaults left in the object against the column: the entries (so also which
 // keys have none) and what every getter answers.

@@ -6,12 +6,12 @@
 #include <cstdio>
 #include <memory>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "support/ChildProcess.h"
 #include "support/ChildScenario.h"
 #include "support/TestRegistry.h"
+#include "zetsettings/components/tests/ProcessSignals.h"
 #include "zetsettings/platform/Win32.h"
 #include "zetsettings/platform/tests/RegistryTestKeys.h"
 
@@ -21,11 +21,6 @@ namespace {
 const wchar_t kSharedKey[] = L"Software\\ZetRegistryTests\\Shared";
 const DWORD kRoundValues = 8;
 const DWORD kRoundValueWords = 128;
-
-std::wstring widen(const std::string& text)
-{
-    return std::wstring(text.begin(), text.end());
-}
 
 std::wstring numberedValue(const std::string& prefix, int number)
 {
@@ -255,10 +250,8 @@ TEST_F(RegistryProcesses, AWriterKilledAtAnyInstantLeavesEveryValueOldOrNew)
 {
     {
         ChildProcess writer("registry_rewrite_rounds");
-        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
-        while (completedRounds() < 3 && std::chrono::steady_clock::now() < deadline)
-            std::this_thread::sleep_for(std::chrono::milliseconds(5));
-        ASSERT_GE(completedRounds(), 3u) << "the writer made no progress";
+        ASSERT_TRUE(eventually([] { return completedRounds() >= 3; }, std::chrono::seconds(60)))
+            << "the writer made no progress";
         writer.killHard();
         writer.wait();
     }

@@ -9,33 +9,28 @@
 #include "support/ProcessRights.h"
 #include "support/TestRegistry.h"
 #include "zetsettings/ZETSettings.h"
+#include "zetsettings/store/tests/RawRegistry.h"
 
 namespace {
 
 const wchar_t kBase[] = L"Software\\Orvane\\QXL";
 
-// The raw type and size of a value on the base key, or the error of the lookup.
-LSTATUS rawLookup(const wchar_t* name, DWORD* type = 0, DWORD* size = 0)
+// The raw type of a value on the base key, or REG_NONE when there is none.
+DWORD rawType(const wchar_t* name)
 {
-    HKEY key = 0;
-    LSTATUS status = RegOpenKeyExW(HKEY_LOCAL_MACHINE, kBase, 0, KEY_READ, &key);
-    if (status != ERROR_SUCCESS)
-        return status;
-    DWORD ignoredSize = 0;
-    status = RegQueryValueExW(key, name, 0, type, 0, size ? size : &ignoredSize);
-    RegCloseKey(key);
-    return status;
+    const rawreg::RawValue value = rawreg::read(kBase, name);
+    return value.status == ERROR_SUCCESS ? value.type : static_cast<DWORD>(REG_NONE);
 }
 
 class BaseFamilyTest : public zettest::RegistryTest {};
 
 TEST_F(BaseFamilyTest, FirstReadCreatesTheBaseKeyButStoresNothingWithoutWriteDefault)
 {
-    EXPECT_EQ(ERROR_FILE_NOT_FOUND, rawLookup(L"Speed"));
+    EXPECT_EQ(static_cast<DWORD>(REG_NONE), rawType(L"Speed"));
     EXPECT_EQ(17, ZETSettings::intGetBaseValue(L"Speed", 17, false));
     EXPECT_EQ(L"dflt", ZETSettings::strGetBaseValue(L"Label", L"dflt", false));
-    EXPECT_EQ(ERROR_FILE_NOT_FOUND, rawLookup(L"Speed"));
-    EXPECT_EQ(ERROR_FILE_NOT_FOUND, rawLookup(L"Label"));
+    EXPECT_EQ(static_cast<DWORD>(REG_NONE), rawType(L"Speed"));
+    EXPECT_EQ(static_cast<DWORD>(REG_NONE), rawType(L"Label"));
 }
 
 TEST_F(BaseFamilyTest, WriteDefaultStoresTheDefaultAndLaterReadsFindIt)
@@ -44,12 +39,8 @@ TEST_F(BaseFamilyTest, WriteDefaultStoresTheDefaultAndLaterReadsFindIt)
     EXPECT_EQ(5, ZETSettings::intGetBaseValue(L"Retries", 9, true));
     EXPECT_EQ(L"first", ZETSettings::strGetBaseValue(L"Mode", L"first", true));
     EXPECT_EQ(L"first", ZETSettings::strGetBaseValue(L"Mode", L"second", false));
-
-    DWORD type = 0;
-    ASSERT_EQ(ERROR_SUCCESS, rawLookup(L"Retries", &type));
-    EXPECT_EQ(static_cast<DWORD>(REG_DWORD), type);
-    ASSERT_EQ(ERROR_SUCCESS, rawLookup(L"Mode", &type));
-    EXPECT_EQ(static_cast<DWORD>(REG_SZ), type);
+    EXPECT_EQ(static_cast<DWORD>(REG_DWORD), rawType(L"Retries"));
+    EXPECT_EQ(static_cast<DWORD>(REG_SZ), rawType(L"Mode"));
 }
 
 TEST_F(BaseFamilyTest, SettersOverwriteAndKeepTheFull32Bits)
@@ -77,9 +68,7 @@ TEST_F(BaseFamilyTest, AValueOfAnotherTypeReadsAsAFailedRead)
     EXPECT_EQ(3, ZETSettings::intGetBaseValue(L"Mixed", 3, false));
     // With writeDefault the failed read is repaired with a number.
     EXPECT_EQ(3, ZETSettings::intGetBaseValue(L"Mixed", 3, true));
-    DWORD type = 0;
-    ASSERT_EQ(ERROR_SUCCESS, rawLookup(L"Mixed", &type));
-    EXPECT_EQ(static_cast<DWORD>(REG_DWORD), type);
+    EXPECT_EQ(static_cast<DWORD>(REG_DWORD), rawType(L"Mixed"));
 }
 
 TEST_F(BaseFamilyTest, ThreadsOfOneProcessDoNotLoseEachOthersValues)
@@ -144,7 +133,7 @@ TEST_F(BaseFamilyTest, AProcessWithoutWriteRightsGetsDefaultsAndWritesNothing)
     ZETSettings::intSetBaseValue(L"Stored", 1);
     ASSERT_EQ(0, zettest::runChild("BaseFamilyWithoutWriteRights"));
     EXPECT_EQ(1, ZETSettings::intGetBaseValue(L"Stored", -1, false));
-    EXPECT_EQ(ERROR_FILE_NOT_FOUND, rawLookup(L"Other"));
+    EXPECT_EQ(static_cast<DWORD>(REG_NONE), rawType(L"Other"));
 }
 
 }  // namespace
