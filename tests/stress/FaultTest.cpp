@@ -19,6 +19,7 @@
 #include <sstream>
 
 #include <zetsettings/ZETSettings.h>
+#include <zetsettings/components/ZETMutexException.h>
 
 #include "FaultItems.h"
 #include "Processes.h"
@@ -232,8 +233,11 @@ int faultWriter(const Options& options)
             const bool confirmed =
                 reported == Reported::Success || (reported == Reported::Silent && item.read() == generation);
             std::cout << (confirmed ? "ok " : "not ") << item.name << std::endl;
+        } catch (const ZETMutexException&) {
+            // A lock that can't be taken fails its operation in the open: not written, and said.
+            std::cout << "not " << item.name << std::endl;
         } catch (const std::exception& error) {
-            // Nothing but the fallback keys' refusal may leave the library; report it as broken.
+            // Nothing else but the fallback keys' refusal may leave the library: it is broken.
             std::cout << "threw " << item.name << " " << error.what() << std::endl;
             return 1;
         }

@@ -60,7 +60,8 @@ const std::size_t kMacLength = 6;
 
 bool hasEntry(const std::wstring& name)
 {
-    for (const ZETPreferredNetEntry& entry : ZETSettings::getChooserPreferredNets()->entries)
+    const boost::shared_ptr<ZETPreferredNetworks> list = ZETSettings::getChooserPreferredNets();
+    for (const ZETPreferredNetEntry& entry : list->entries)
         if (entry.netName == name)
             return true;
     return false;
