@@ -10,6 +10,8 @@ root=$(cd "$(dirname "$0")/.." && pwd)
 
 work=$(mktemp -d /tmp/zetsettings-install-XXXXXX)
 trap 'rm -rf "$work"' EXIT
+# The clone's tests run its tool as other users, who must reach its programs and library.
+chmod 755 "$work"
 clone="$work/clone" prefix="$work/prefix"
 
 passed=0 failed=0
