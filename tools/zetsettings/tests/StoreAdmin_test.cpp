@@ -96,7 +96,7 @@ std::string hexOf(const std::string& text)
 
 bool root()
 {
-    return geteuid() == 0 && access("/usr/bin/setpriv", X_OK) == 0;
+    return zettooltest::otherUsersCanRunTheTool();
 }
 
 TEST_F(StoreAdmin, InitMakesEveryFileWithTheDeploymentsOwnersAndModesOnceAndSaysSoAgain)
@@ -180,7 +180,7 @@ TEST_F(StoreAdmin, AStoreOrKeyOpenToOthersOrAStrangersIsRefusedByInitAndReported
 TEST_F(StoreAdmin, RootAndAGroupMemberReadEachOthersSecretsAndShareTheNamedMutex)
 {
     if (!root())
-        GTEST_SKIP() << "needs root and setpriv to act as another user";
+        GTEST_SKIP() << "needs root, setpriv and a tool that other users can start";
     ok({"store", "init", "--group", kGroup});
     setPassword("from root");
     EXPECT_EQ("from root", password(member()));
@@ -194,7 +194,7 @@ TEST_F(StoreAdmin, RootAndAGroupMemberReadEachOthersSecretsAndShareTheNamedMutex
 TEST_F(StoreAdmin, AnOutsiderGetsDefaultsAndChangesNoFileAndCreatesNoneNotEvenAMissingKey)
 {
     if (!root())
-        GTEST_SKIP() << "needs root and setpriv to act as another user";
+        GTEST_SKIP() << "needs root, setpriv and a tool that other users can start";
     // As under /tmp: anybody may make files beside the store.
     fs::permissions(folder(), fs::perms(01777));
     for (const bool withKey : {true, false}) {
@@ -228,7 +228,7 @@ TEST_F(StoreAdmin, AnOutsiderGetsDefaultsAndChangesNoFileAndCreatesNoneNotEvenAM
 TEST_F(StoreAdmin, AServiceAccountsStoreLetsRootInAndWhatRootMakesThereStaysTheAccounts)
 {
     if (!root())
-        GTEST_SKIP() << "needs root and setpriv to act as another user";
+        GTEST_SKIP() << "needs root, setpriv and a tool that other users can start";
     ASSERT_EQ(0, chown(folder().c_str(), kNobody, kNobody));
     const std::vector<std::string> account = {"--reuid=65534", "--regid=65534", "--clear-groups"};
     setPassword("account's", account);
@@ -245,7 +245,7 @@ TEST_F(StoreAdmin, AServiceAccountsStoreLetsRootInAndWhatRootMakesThereStaysTheA
 TEST_F(StoreAdmin, ALockFileTheStoresUsersCannotTakeFailsTheOperationVisibly)
 {
     if (!root())
-        GTEST_SKIP() << "needs root and setpriv to act as another user";
+        GTEST_SKIP() << "needs root, setpriv and a tool that other users can start";
     ok({"store", "init", "--group", kGroup});
     const std::string lock = store() + "/mutex-zetPreferredNetMutex.lock";
     ASSERT_EQ(0, chmod(lock.c_str(), 0644));

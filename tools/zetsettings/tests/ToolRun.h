@@ -28,6 +28,10 @@ ToolResult runTool(const std::vector<std::string>& args, const ToolSetting& sett
 // The same as another user: `setpriv` run with `identity` (its options) starts the program.
 ToolResult runToolAs(const std::vector<std::string>& identity, const std::vector<std::string>& args);
 
+// Whether another user (nobody) can start the built tool: a checkout in a folder closed to
+// others can't be run as them, and the tests that act as other users then skip.
+bool otherUsersCanRunTheTool();
+
 std::string readFile(const std::string& path);
 void writeFile(const std::string& path, const std::string& bytes);
 // A file beside the test's store, removed with it.

@@ -100,6 +100,15 @@ ToolResult runToolAs(const std::vector<std::string>& identity, const std::vector
     return runProgram(command, std::string(), ToolSetting());
 }
 
+bool otherUsersCanRunTheTool()
+{
+    // Both ways the tests take: setpriv, and rights dropped before the program starts.
+    static const bool can = geteuid() == 0 && access("/usr/bin/setpriv", X_OK) == 0 &&
+                            runToolAs({"--reuid=65534", "--regid=65534", "--clear-groups"}, {"--version"}).status == 0 &&
+                            runTool({"--version"}, ToolSetting{{}, true}).status == 0;
+    return can;
+}
+
 std::string readFile(const std::string& path)
 {
     std::ifstream file(path, std::ios::binary);
