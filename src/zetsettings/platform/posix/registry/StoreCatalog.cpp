@@ -9,6 +9,7 @@
 
 #include "zetsettings/platform/posix/MachineKey.h"
 #include "zetsettings/platform/posix/StoreLocation.h"
+#include "zetsettings/platform/posix/registry/HandleTable.h"
 #include "zetsettings/platform/posix/registry/StoreSchema.h"
 
 namespace zet {
@@ -63,6 +64,10 @@ StoreCatalog& StoreCatalog::instance()
     // Never destroyed: stores stay usable by destructors that run at exit.
     static StoreCatalog* catalog = [] {
         StoreCatalog* created = new StoreCatalog;
+        // Handlers run before a fork in the reverse order of registration. The catalog's lock
+        // is taken before the handle table's everywhere else (a store opened while handles are
+        // handed out), so the table registers first and is locked last.
+        HandleTable::instance();
         pthread_atfork(&StoreCatalog::lockForFork, &StoreCatalog::unlockAfterFork, &StoreCatalog::unlockAfterFork);
         return created;
     }();
