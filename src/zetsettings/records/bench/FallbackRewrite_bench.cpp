@@ -7,7 +7,7 @@
 
 #include "support/ZETSettingsTestAccess.h"
 #include "zetsettings/ZETSettings.h"
-#include "zetsettings/chooser/bench/StoreCommits.h"
+#include "zetsettings/records/bench/StoreCommits.h"
 #include "zetsettings/platform/RegistryBatch.h"
 #include "zetsettings/records/bench/RecordBenchSupport.h"
 
@@ -42,10 +42,10 @@ void setWholeDatabase(benchmark::State& state, int records)
 {
     ensureFilled("fallback rewrite", records, fillDatabase);
     const auto record = recordOf(records / 2);
-    const double committedBefore = chooserbench::committedTransactions();
+    const double committedBefore = recordbench::committedTransactions();
     for (auto _ : state)
         ZETSettings::setFallbackSettings(record);
-    chooserbench::reportCommits(state, "commits", committedBefore);
+    recordbench::reportCommits(state, "commits", committedBefore);
     reportPerEntry(state, records);
 }
 

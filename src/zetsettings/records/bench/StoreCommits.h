@@ -1,8 +1,8 @@
 // How many write transactions the portable store has committed, counted by LMDB itself: a
 // benchmark reads it before and after its loop to report durable writes per call as measured,
 // not as the code is believed to do them.
-#ifndef ZETSETTINGS_CHOOSER_BENCH_STORECOMMITS_H
-#define ZETSETTINGS_CHOOSER_BENCH_STORECOMMITS_H
+#ifndef ZETSETTINGS_RECORDS_BENCH_STORECOMMITS_H
+#define ZETSETTINGS_RECORDS_BENCH_STORECOMMITS_H
 
 #include <lmdb.h>
 
@@ -10,7 +10,7 @@
 
 #include "zetsettings/platform/posix/registry/StoreCatalog.h"
 
-namespace chooserbench {
+namespace recordbench {
 
 inline double committedTransactions()
 {
@@ -25,6 +25,6 @@ inline void reportCommits(benchmark::State& state, const char* counter, double c
     state.counters[counter] = (committedTransactions() - committedBefore) / static_cast<double>(state.iterations());
 }
 
-}  // namespace chooserbench
+}  // namespace recordbench
 
 #endif
