@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include <stdexcept>
+#include <string>
 
 namespace zettest {
 namespace {
@@ -37,9 +38,17 @@ ChildProcess::ChildProcess(const std::string& scenario, const std::vector<std::s
 
     STARTUPINFOW startup = {};
     startup.cb = sizeof(startup);
-    if (!CreateProcessW(self, &commandLine[0], nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup,
-                        &m_impl->info))
-        throw std::runtime_error("CreateProcess failed");
+    // Wine on a busy machine now and then refuses a start that succeeds a moment later; the
+    // process under test is the child, not its start.
+    DWORD error = ERROR_SUCCESS;
+    for (int attempt = 0; attempt < 5; ++attempt) {
+        if (CreateProcessW(self, &commandLine[0], nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup,
+                           &m_impl->info))
+            return;
+        error = GetLastError();
+        Sleep(200 << attempt);
+    }
+    throw std::runtime_error("CreateProcess failed, error " + std::to_string(error));
 }
 
 ChildProcess::~ChildProcess()
