@@ -59,18 +59,12 @@ std::map<std::string, std::string> snapshot(const std::string& folder)
     return files;
 }
 
-class StoreAdmin : public zettest::RegistryTest {
+class StoreAdmin : public zettooltest::ToolTest {
 protected:
     const std::string& store() const { return registry.storeDirectory(); }
     std::string key() const { return store() + ".key"; }
     std::string folder() const { return fs::path(store()).parent_path(); }
 
-    std::string ok(const std::vector<std::string>& args, const std::vector<std::string>& as = {})
-    {
-        const ToolResult result = as.empty() ? runTool(args) : runToolAs(as, args);
-        EXPECT_EQ(0, result.status) << args[0] << " " << args[1] << ": " << result.err;
-        return result.out;
-    }
     std::string password(const std::vector<std::string>& as = {})
     {
         const std::string shown = ok({"--json", "login", "show", "--secret"}, as);
@@ -86,18 +80,20 @@ protected:
 std::string hexOf(const std::string& text)
 {
     std::string hex;
-    for (unsigned char c : text) {
-        char pair[3];
-        snprintf(pair, sizeof(pair), "%02x", c);
-        hex += pair;
-    }
+    for (unsigned char c : text)
+        hex += "0123456789abcdef"[c >> 4] + std::string(1, "0123456789abcdef"[c & 15]);
     return hex;
 }
 
-bool root()
-{
-    return zettooltest::otherUsersCanRunTheTool();
-}
+// Tests that act as other users, through setpriv.
+class StoreAdminAcrossUsers : public StoreAdmin {
+protected:
+    void SetUp() override
+    {
+        if (!zettooltest::otherUsersCanRunTheTool())
+            GTEST_SKIP() << "needs root, setpriv and a tool that other users can start";
+    }
+};
 
 TEST_F(StoreAdmin, InitMakesEveryFileWithTheDeploymentsOwnersAndModesOnceAndSaysSoAgain)
 {
@@ -177,24 +173,28 @@ TEST_F(StoreAdmin, AStoreOrKeyOpenToOthersOrAStrangersIsRefusedByInitAndReported
     }
 }
 
-TEST_F(StoreAdmin, RootAndAGroupMemberReadEachOthersSecretsAndShareTheNamedMutex)
+TEST_F(StoreAdminAcrossUsers, RootAndAGroupMemberReadEachOthersSecretsAndShareTheNamedMutex)
 {
-    if (!root())
-        GTEST_SKIP() << "needs root, setpriv and a tool that other users can start";
     ok({"store", "init", "--group", kGroup});
     setPassword("from root");
     EXPECT_EQ("from root", password(member()));
     setPassword("from member", member());
     EXPECT_EQ("from member", password());
-    fs::remove(store() + "/mutex-zetPreferredNetMutex.lock");
+    const std::string lock = store() + "/mutex-zetPreferredNetMutex.lock";
+    fs::remove(lock);
     ok({"chooser", "next"});  // root makes the lock file anew
+    ok({"chooser", "next"}, member());
+    // A lock file the store's users can't take fails the operation visibly.
+    ASSERT_EQ(0, chmod(lock.c_str(), 0644));
+    const ToolResult refused = runToolAs(member(), {"chooser", "next"});
+    EXPECT_EQ(1, refused.status);
+    EXPECT_NE(std::string::npos, refused.err.find("mutex")) << refused.err;
+    ok({"store", "init", "--group", kGroup});  // opens it to the store's users again
     ok({"chooser", "next"}, member());
 }
 
-TEST_F(StoreAdmin, AnOutsiderGetsDefaultsAndChangesNoFileAndCreatesNoneNotEvenAMissingKey)
+TEST_F(StoreAdminAcrossUsers, AnOutsiderGetsDefaultsAndChangesNoFileAndCreatesNoneNotEvenAMissingKey)
 {
-    if (!root())
-        GTEST_SKIP() << "needs root, setpriv and a tool that other users can start";
     // As under /tmp: anybody may make files beside the store.
     fs::permissions(folder(), fs::perms(01777));
     for (const bool withKey : {true, false}) {
@@ -225,12 +225,10 @@ TEST_F(StoreAdmin, AnOutsiderGetsDefaultsAndChangesNoFileAndCreatesNoneNotEvenAM
     }
 }
 
-TEST_F(StoreAdmin, AServiceAccountsStoreLetsRootInAndWhatRootMakesThereStaysTheAccounts)
+TEST_F(StoreAdminAcrossUsers, AServiceAccountsStoreLetsRootInAndWhatRootMakesThereStaysTheAccounts)
 {
-    if (!root())
-        GTEST_SKIP() << "needs root, setpriv and a tool that other users can start";
     ASSERT_EQ(0, chown(folder().c_str(), kNobody, kNobody));
-    const std::vector<std::string> account = {"--reuid=65534", "--regid=65534", "--clear-groups"};
+    const std::vector<std::string>& account = kOutsider;
     setPassword("account's", account);
     EXPECT_EQ(std::to_string(kNobody) + ":" + std::to_string(kNobody) + " 0600", modeOf(key()));
     EXPECT_EQ("account's", password());
@@ -240,20 +238,6 @@ TEST_F(StoreAdmin, AServiceAccountsStoreLetsRootInAndWhatRootMakesThereStaysTheA
     // A store made on the fly lets every local user read it, and take its mutex.
     EXPECT_EQ("65534:65534 0666", modeOf(store() + "/mutex-zetPreferredNetMutex.lock")) << "root's lock file";
     ok({"chooser", "next"}, account);
-}
-
-TEST_F(StoreAdmin, ALockFileTheStoresUsersCannotTakeFailsTheOperationVisibly)
-{
-    if (!root())
-        GTEST_SKIP() << "needs root, setpriv and a tool that other users can start";
-    ok({"store", "init", "--group", kGroup});
-    const std::string lock = store() + "/mutex-zetPreferredNetMutex.lock";
-    ASSERT_EQ(0, chmod(lock.c_str(), 0644));
-    const ToolResult refused = runToolAs(member(), {"chooser", "next"});
-    EXPECT_EQ(1, refused.status);
-    EXPECT_NE(std::string::npos, refused.err.find("mutex")) << refused.err;
-    ok({"store", "init", "--group", kGroup});  // opens it to the store's users again
-    ok({"chooser", "next"}, member());
 }
 
 TEST_F(StoreAdmin, ABackupTakenWhileWritersRunRestoresWithEverySecret)
