@@ -1,5 +1,5 @@
 // zetsettings reg through real processes: reg.exe's output, .reg round trips, a file exported by
-// reg.exe under Wine, and imports that apply whole or not at all.
+// reg.exe under Wine, and imports that say what they apply, and apply whole or not at all.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -9,6 +9,7 @@
 #include "zetsettings/ZETSettings.h"
 
 using zettooltest::expectSteps;
+using zettooltest::contains;
 using zettooltest::runTool;
 using zettooltest::ToolResult;
 
@@ -59,10 +60,10 @@ TEST_F(RegCommand, QueryPrintsAsRegExe)
 TEST_F(RegCommand, AddAsksBeforeOverwritingAndDeleteRemovesWhatItNames)
 {
     add(kBase, "Kept", "REG_SZ", "first");
-    EXPECT_TRUE(zettooltest::contains(runTool({"reg", "add", kBase, "/v", "Kept", "/d", "second"}, "n\n").out,
-                                      "Value Kept exists, overwrite"));
+    const std::vector<std::string> overwrite = {"reg", "add", kBase, "/v", "Kept", "/d", "second"};
+    EXPECT_TRUE(contains(runTool(overwrite, {{}, false, "n\n"}).out, "Value Kept exists, overwrite"));
     expectSteps({{{"reg", "query", kBase, "/v", "Kept"}, "...first"}});
-    runTool({"reg", "add", kBase, "/v", "Kept", "/d", "second"}, "yes\n");
+    runTool(overwrite, {{}, false, "yes\n"});
     add(kBase + "\\Tree\\Leaf", "x", "REG_DWORD", "1");
     expectSteps({
         {{"reg", "query", kBase, "/v", "Kept"}, "...second"},
@@ -125,6 +126,27 @@ TEST_F(RegCommand, AFileOfRegExeUnderWineImportsAndTheLibraryReadsIt)
     expectSteps({{{"reg", "query", kBase + "\\NetlibSettings", "/v", "Paths"}, "...one\\0two"}});
 }
 
+TEST_F(RegCommand, ImportsSayWhatTheyApplyAndDryRunWritesNothing)
+{
+    // REGEDIT4 in Windows-1252, as Windows writes it: "café" = "€".
+    zettooltest::writeFile(scratch("ansi.reg"), "REGEDIT4\r\n\r\n[HKEY_LOCAL_MACHINE\\Software\\Orvane\\QXL]\r\n"
+                                                "\"caf\xE9\"=\"\x80\"\r\n\"gone\"=-\r\n\r\n[-HKEY_LOCAL_MACHINE\\Software\\x]\r\n"
+                                                "[HKEY_LOCAL_MACHINE\\Software\\Orvane\\QXL\\Empty]\r\n");
+    const std::string counts = "2 key(s) with 1 value(s) set, 1 value(s) deleted, 1 key(s) deleted";
+    expectSteps({
+        {{"reg", "import", scratch("ansi.reg"), "--dry-run"}, "..." + counts + ". Nothing was written"},
+        {{"reg", "query", kBase}, "unable to find", 1},
+        {{"reg", "import", scratch("ansi.reg")}, "Imported " + counts + ".\nThe operation completed successfully.\n"},
+        {{"base", "get-str", "caf\xC3\xA9", "--default", "missing"}, "\xE2\x82\xAC\n"},
+    });
+    // Exported to standard output, the file comes alone; the outcome goes to standard error.
+    const ToolResult result = runTool({"reg", "export", kBase, "/dev/stdout"});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.out.substr(0, 2), "\xFF\xFE");
+    EXPECT_FALSE(contains(result.out, "completed")) << result.out;
+    EXPECT_TRUE(contains(result.err, "The operation completed successfully."));
+}
+
 TEST_F(RegCommand, ABadFileImportsNothing)
 {
     add(kBase, "Before", "REG_SZ", "untouched");
@@ -150,7 +172,7 @@ TEST_F(RegCommand, ABadFileImportsNothing)
         zettooltest::writeFile(scratch("bad.reg"), file.text);  // UTF-8, as other tools write them
         const ToolResult result = runTool({"reg", "import", scratch("bad.reg")});
         EXPECT_EQ(result.status, 1);
-        EXPECT_TRUE(zettooltest::contains(result.err, file.message)) << result.err.substr(0, 200);
+        EXPECT_TRUE(contains(result.err, file.message)) << result.err.substr(0, 200);
         EXPECT_EQ(exportAll("after.reg"), before) << file.message;
     }
 }

@@ -1,10 +1,15 @@
 // The library's families through real processes of the tool: what each prints, what it stores,
-// its exit status, and the arguments it refuses.
+// its exit status, and the arguments it refuses; a store it can't use is never taken for an
+// empty one, and secrets that don't open are never shown or carried over.
 #include <gtest/gtest.h>
 
 #include "ToolRun.h"
 
+using zettooltest::contains;
 using zettooltest::expectSteps;
+using zettooltest::runTool;
+using zettooltest::ToolResult;
+using zettooltest::ToolSetting;
 
 namespace {
 
@@ -19,9 +24,8 @@ TEST_F(StoreCommands, ValueFamiliesFollowTheirOwnDefaultRules)
         // netlib stores the default on a miss, and a later default changes nothing.
         {{"netlib", "get-str", "Greeting", "--default", "hello"}, "hello\n"},
         {{"netlib", "get-str", "Greeting", "--default", "other"}, "hello\n"},
-        // configurator has no default: -1 and nothing stored.
+        // configurator has no default: -1.
         {{"configurator", "get-int", "Missing"}, "-1\n"},
-        {{"reg", "query", kBase + "\\ConfiguratorSettings", "/v", "Missing"}, kMissing, 1},
         // base and zetguard store the default only when asked to.
         {{"base", "get-int", "Runs", "--default", "5"}, "5\n"},
         {{"reg", "query", kBase, "/v", "Runs"}, kMissing, 1},
@@ -31,7 +35,6 @@ TEST_F(StoreCommands, ValueFamiliesFollowTheirOwnDefaultRules)
         {{"raseap", "set-int", "Mask", "0xFFFFFFFF"}, "..."},
         {{"raseap", "get-int", "Mask", "--default", "0"}, "-1\n"},
         {{"--json", "raseap", "get-str", "Nothing"}, "{\"family\":\"raseap\",\"name\":\"Nothing\",\"value\":\"\"}\n"},
-        {{"reg", "query", kBase + "\\RasEapSettings", "/v", "Nothing"}, kMissing, 1},
         // rasman names what is missing: first the key, then the value.
         {{"rasman", "get", "Anything"},
          "the key HKEY_LOCAL_MACHINE\\SYSTEM\\CurrentControlSet\\Services\\RasMan\\PPP\\EAP\\26 does not exist", 1},
@@ -111,8 +114,8 @@ TEST_F(StoreCommands, TheChooserWalkIsMarkedAndSharedBetweenRuns)
         {{"chooser", "next"}, "..."},
     });
     const std::string wrapped = ok({"--json", "chooser", "next"});
-    EXPECT_TRUE(zettooltest::contains(wrapped, "{\"entry\":{\"netName\":\"P\"") &&
-                zettooltest::contains(wrapped, "\"wrapped\":true")) << wrapped;
+    EXPECT_TRUE(contains(wrapped, "{\"entry\":{\"netName\":\"P\"") &&
+                contains(wrapped, "\"wrapped\":true")) << wrapped;
     expectSteps({
         {{"chooser", "stop"}, "..."},
         {{"--json", "chooser", "next"}, "{\"entry\":null,\"wrapped\":false}\n"},
@@ -132,15 +135,69 @@ TEST_F(StoreCommands, ParametersAndTheNdisCheck)
     const std::string network = "HKLM\\SYSTEM\\CurrentControlSet\\Control\\Network";
     expectSteps({
         {{"--json", "params"}, "...{\"key\":\"ZET_MAIN_WINDOW_TIMEOUT\",\"value\":30}"},
-        {{"--json", "params"}, "...\"rootCertificates\":[\"Class 3 Public Primary Certification Authority\"]"},
-        // The first load stores mode 0 and the table.
-        {{"configurator", "get-int", "ZET_CONFIGURATOR_REGISTRY_MODE"}, "0\n"},
-        {{"configurator", "get-int", "ZET_CHILD_WINDOW_TIMEOUT"}, "10\n"},
         {{"reg", "add", network, "/v", "FilterClasses", "/t", "REG_MULTI_SZ", "/d", "failover\\0alpha\\0Beta", "/f"}, "..."},
         {{"ndis", "check"}, "...rewritten"},
         {{"reg", "query", network, "/v", "FilterClasses"}, "...alpha\\0Beta\\0failover"},
         {{"--json", "ndis", "check"}, "{\"foundInOrder\":true}\n"},
     });
+}
+
+TEST_F(StoreCommands, AStoreThatCantBeUsedIsNamedAndFailsEveryCommand)
+{
+    ok({"network", "set", "Net", "--text", "t"});
+    ok({"chooser", "front", "Net"});
+    zettooltest::writeFile(scratch("a-file"), "not a store");
+    const std::vector<std::vector<std::string> > commands = {
+        {"network", "list"},       {"chooser", "list"},          {"fallback-db", "owners"},
+        {"base", "set-int", "N", "1"}, {"chooser", "active", "on"}, {"login", "set", "--user", "u"},
+    };
+    std::vector<std::pair<ToolSetting, std::string> > settings = {
+        {{{{"ZET_REGISTRY_DIR", scratch("a-file")}}, false}, "not a directory"},
+        {{{{"ZET_REGISTRY_DIR", ""}}, false}, "ZET_REGISTRY_DIR is set but empty"},
+    };
+    if (zettooltest::otherUsersCanRunTheTool()) {
+        settings.push_back({{{}, true}, "may not write it"});
+    } else {
+        std::cout << "[  SKIPPED ] the run without rights needs root and a tool that other users can start\n";
+    }
+    for (const auto& setting : settings) {
+        for (const auto& command : commands) {
+            const ToolResult result = runTool(command, setting.first);
+            EXPECT_EQ(result.status, 1) << setting.second << ": " << command[0] << " " << command[1];
+            EXPECT_TRUE(contains(result.err, "can't use the store") && contains(result.err, setting.second)) << result.err;
+            EXPECT_EQ(result.out, "") << setting.second << ": " << command[0];
+        }
+    }
+    // reg reads what the process may read; the data was never lost.
+    if (zettooltest::otherUsersCanRunTheTool()) {
+        EXPECT_TRUE(contains(runTool({"reg", "query", kBase + "\\NetworkSettings"}, settings.back().first).out, "Net_"));
+    }
+}
+
+TEST_F(StoreCommands, SecretsThatDontOpenAreNeverShownNorCarriedOver)
+{
+    ok({"network", "set", "Net", "--secret-text", "s"});
+    ok({"login", "set", "--user", "u", "--password", "p", "--enabled", "--keep-password"});
+    ok({"user", "set", "alice", "--text", "t"});
+    ok({"fallback-keys", "set", "k", "--text1", "t"});
+    ToolResult result = runTool({"reg", "export", "HKLM", scratch("secrets.reg"), "/y"});
+    EXPECT_TRUE(contains(result.err, "4 encrypted value(s)") && contains(result.err, "zetsettings store backup"))
+        << result.err;
+
+    // Another machine key: the values stay, and open no more.
+    zettooltest::writeFile(registry.storeDirectory() + ".key", std::string(32, '\x5A'));
+    const std::string refused = "with this machine's key";
+    expectSteps({
+        {{"network", "show", "Net", "--secret"}, refused, 1},   {{"network", "set", "Net", "--text", "x"}, refused, 1},
+        {{"login", "show", "--secret"}, refused, 1},            {{"user", "show", "alice"}, refused, 1},
+        {{"user", "set", "alice", "--text", "x"}, refused, 1},  {{"fallback-keys", "show"}, refused, 1},
+        {{"fallback-keys", "set", "k2"}, refused, 1},           {{"fallback-keys", "remove", "k"}, refused, 1},
+        // A new secret replaces one that does not open.
+        {{"network", "set", "Net", "--secret-text", "new"}, "..."},
+    });
+    result = runTool({"reg", "import", scratch("secrets.reg")});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_TRUE(contains(result.err, "4 of 4 encrypted value(s) do not open with this machine's key")) << result.err;
 }
 
 // Every way a command ends: its status, and the reason it names.
@@ -149,8 +206,7 @@ TEST_F(StoreCommands, EachOutcomeHasOneExitStatusAndNamesItsReason)
     const std::string longName(17000, 'n');
     expectSteps({
         // Arguments the help does not offer: 2.
-        {{"frobnicate"}, "unknown command", 2},
-        {{"network"}, "missing an action", 2},
+        {{"frobnicate"}, "unknown command", 2}, {{"network"}, "missing an action", 2},
         {{"network", "show"}, "missing the network's name", 2},
         {{"network", "show", "x", "--sekret"}, "unknown option --sekret", 2},
         {{"network", "set", "x", "--flag1", "256"}, "--flag1 is out of range", 2},
@@ -163,11 +219,9 @@ TEST_F(StoreCommands, EachOutcomeHasOneExitStatusAndNamesItsReason)
         {{"chooser", "next", "extra"}, "unexpected argument extra", 2},
         {{"chooser", "front", "Y", "--mac", "0011", "--match-kind", "3"}, "6 bytes", 2},
         // Removing what is not there fails, whatever it is.
-        {{"user", "remove", "nobody"}, "no settings for the user", 1},
-        {{"login", "remove"}, "no login is stored", 1},
+        {{"user", "remove", "nobody"}, "no settings for the user", 1}, {{"login", "remove"}, "no login is stored", 1},
         {{"chooser", "delete", "Nowhere"}, "no entry for the network", 1},
-        {{"network", "delete", "Nowhere"}, "no profile", 1},
-        {{"fallback-db", "remove", "o", "n"}, "no record", 1},
+        {{"network", "delete", "Nowhere"}, "no profile", 1}, {{"fallback-db", "remove", "o", "n"}, "no record", 1},
         {{"fallback-keys", "remove", "k"}, "no fallback key", 1},
         {{"network", "show", longName}, "bytes left out", 1},
         // reg fails as reg.exe does, with 1.
@@ -187,12 +241,9 @@ TEST_F(StoreCommands, EachOutcomeHasOneExitStatusAndNamesItsReason)
         {{"reg", "import", "/nonexistent/file.reg"}, "ERROR: Error opening the file", 1},
         {{"reg", "import", "/tmp"}, "is a directory", 1},
         // Those the help offers are taken, and help is there at every level, on standard output.
-        {{"chooser", "active", "ON"}, "..."},
-        {{"--version"}, "..."},
-        {{"--help"}, "...usage: zetsettings"},
-        {{"network", "--help"}, "...usage: zetsettings network"},
-        {{"network", "set", "--help"}, "...usage: zetsettings network"},
-        {{"reg", "/?"}, "...REG Operation"},
+        {{"chooser", "active", "ON"}, "..."}, {{"--version"}, "..."},
+        {{"--help"}, "...usage: zetsettings"}, {{"network", "--help"}, "...usage: zetsettings network"},
+        {{"network", "set", "--help"}, "...usage: zetsettings network"}, {{"reg", "/?"}, "...REG Operation"},
         {{"reg", "query", "/?"}, "...REG QUERY KeyName"},
     });
     for (const char* family : {"configurator", "raseap"}) {
@@ -200,8 +251,8 @@ TEST_F(StoreCommands, EachOutcomeHasOneExitStatusAndNamesItsReason)
         for (const std::string getter : {"get-int", "get-str"}) {
             const std::size_t line = help.find(getter + " NAME");
             const bool offered = line != std::string::npos &&
-                                 zettooltest::contains(help.substr(line, help.find('\n', line) - line), "--default");
-            const int status = zettooltest::runTool({family, getter, "x", "--default", "1"}).status;
+                                 contains(help.substr(line, help.find('\n', line) - line), "--default");
+            const int status = runTool({family, getter, "x", "--default", "1"}).status;
             EXPECT_EQ(offered, status == 0) << family << " " << getter;
         }
     }

@@ -20,11 +20,11 @@ struct ToolResult {
 struct ToolSetting {
     std::vector<std::pair<std::string, std::string> > environment;  // variables set in the child
     bool unprivileged = false;  // as a user that may read the test's store but not write it
+    std::string input{};        // its standard input
 };
 
-// The program's exit status and everything it wrote; `input` is its standard input.
-ToolResult runTool(const std::vector<std::string>& args, const std::string& input = "");
-ToolResult runTool(const std::vector<std::string>& args, const ToolSetting& setting);
+// The program's exit status and everything it wrote.
+ToolResult runTool(const std::vector<std::string>& args, const ToolSetting& setting = ToolSetting());
 // The same as another user: `setpriv` run with `identity` (its options) starts the program.
 ToolResult runToolAs(const std::vector<std::string>& identity, const std::vector<std::string>& args);
 

@@ -38,11 +38,10 @@ std::string contentOf(FILE* file)
     return content;
 }
 
-ToolResult runProgram(const std::vector<std::string>& command, const std::string& input, const ToolSetting& setting)
+ToolResult runProgram(const std::string& program, const std::vector<std::string>& args, const ToolSetting& setting)
 {
-    FILE* files[3] = {unnamedFile(input), unnamedFile(), unnamedFile()};
-    const std::vector<std::string> args(command.begin() + 1, command.end());
-    const pid_t child = zettest::startProgram(command.front(), args, [&] {
+    FILE* files[3] = {unnamedFile(setting.input), unnamedFile(), unnamedFile()};
+    const pid_t child = zettest::startProgram(program, args, [&] {
         for (int fd = 0; fd < 3; ++fd)
             dup2(fileno(files[fd]), fd);
         for (const auto& variable : setting.environment)
@@ -59,32 +58,19 @@ ToolResult runProgram(const std::vector<std::string>& command, const std::string
     return result;
 }
 
-std::vector<std::string> toolCommand(const std::vector<std::string>& args)
-{
-    std::vector<std::string> command{ZET_TOOL_PATH};
-    command.insert(command.end(), args.begin(), args.end());
-    return command;
-}
-
 }  // namespace
-
-ToolResult runTool(const std::vector<std::string>& args, const std::string& input)
-{
-    return runProgram(toolCommand(args), input, ToolSetting());
-}
 
 ToolResult runTool(const std::vector<std::string>& args, const ToolSetting& setting)
 {
-    return runProgram(toolCommand(args), std::string(), setting);
+    return runProgram(ZET_TOOL_PATH, args, setting);
 }
 
 ToolResult runToolAs(const std::vector<std::string>& identity, const std::vector<std::string>& args)
 {
-    std::vector<std::string> command{"/usr/bin/setpriv"};
-    command.insert(command.end(), identity.begin(), identity.end());
-    const std::vector<std::string> tool = toolCommand(args);
-    command.insert(command.end(), tool.begin(), tool.end());
-    return runProgram(command, std::string(), ToolSetting());
+    std::vector<std::string> command = identity;
+    command.push_back(ZET_TOOL_PATH);
+    command.insert(command.end(), args.begin(), args.end());
+    return runProgram("/usr/bin/setpriv", command, ToolSetting());
 }
 
 bool otherUsersCanRunTheTool()
