@@ -24,8 +24,9 @@ TEST_F(StoreCommands, ValueFamiliesFollowTheirOwnDefaultRules)
         // netlib stores the default on a miss, and a later default changes nothing.
         {{"netlib", "get-str", "Greeting", "--default", "hello"}, "hello\n"},
         {{"netlib", "get-str", "Greeting", "--default", "other"}, "hello\n"},
-        // configurator has no default: -1.
+        // configurator has no default: -1 and nothing stored.
         {{"configurator", "get-int", "Missing"}, "-1\n"},
+        {{"reg", "query", kBase + "\\ConfiguratorSettings", "/v", "Missing"}, kMissing, 1},
         // base and zetguard store the default only when asked to.
         {{"base", "get-int", "Runs", "--default", "5"}, "5\n"},
         {{"reg", "query", kBase, "/v", "Runs"}, kMissing, 1},
@@ -35,6 +36,7 @@ TEST_F(StoreCommands, ValueFamiliesFollowTheirOwnDefaultRules)
         {{"raseap", "set-int", "Mask", "0xFFFFFFFF"}, "..."},
         {{"raseap", "get-int", "Mask", "--default", "0"}, "-1\n"},
         {{"--json", "raseap", "get-str", "Nothing"}, "{\"family\":\"raseap\",\"name\":\"Nothing\",\"value\":\"\"}\n"},
+        {{"reg", "query", kBase + "\\RasEapSettings", "/v", "Nothing"}, kMissing, 1},
         // rasman names what is missing: first the key, then the value.
         {{"rasman", "get", "Anything"},
          "the key HKEY_LOCAL_MACHINE\\SYSTEM\\CurrentControlSet\\Services\\RasMan\\PPP\\EAP\\26 does not exist", 1},
@@ -135,6 +137,7 @@ TEST_F(StoreCommands, ParametersAndTheNdisCheck)
     const std::string network = "HKLM\\SYSTEM\\CurrentControlSet\\Control\\Network";
     expectSteps({
         {{"--json", "params"}, "...{\"key\":\"ZET_MAIN_WINDOW_TIMEOUT\",\"value\":30}"},
+        {{"--json", "params"}, "...\"rootCertificates\":[\"Class 3 Public Primary Certification Authority\"]"},
         {{"reg", "add", network, "/v", "FilterClasses", "/t", "REG_MULTI_SZ", "/d", "failover\\0alpha\\0Beta", "/f"}, "..."},
         {{"ndis", "check"}, "...rewritten"},
         {{"reg", "query", network, "/v", "FilterClasses"}, "...alpha\\0Beta\\0failover"},
