@@ -16,7 +16,6 @@
 #include <thread>
 
 #include "ToolRun.h"
-#include "support/TestRegistry.h"
 
 using zettooltest::runTool;
 using zettooltest::runToolAs;

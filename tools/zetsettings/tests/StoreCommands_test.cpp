@@ -30,6 +30,8 @@ TEST_F(StoreCommands, ValueFamiliesFollowTheirOwnDefaultRules)
         // base and zetguard store the default only when asked to.
         {{"base", "get-int", "Runs", "--default", "5"}, "5\n"},
         {{"reg", "query", kBase, "/v", "Runs"}, kMissing, 1},
+        {{"base", "set-int", "Runs", "9"}, "..."},
+        {{"base", "get-int", "Runs", "--default", "5"}, "9\n"},
         {{"zetguard", "get-int", "Runs", "--default", "7", "--write-default"}, "7\n"},
         {{"reg", "query", kBase + "\\Settings", "/v", "Runs"}, "...Runs"},
         // 32 bits: 0xFFFFFFFF is stored and read as -1.
