@@ -20,11 +20,11 @@ struct ToolResult {
 struct ToolSetting {
     std::vector<std::pair<std::string, std::string> > environment;  // variables set in the child
     bool unprivileged = false;  // as a user that may read the test's store but not write it
+    std::string input{};        // its standard input
 };
 
-// The program's exit status and everything it wrote; `input` is its standard input.
-ToolResult runTool(const std::vector<std::string>& args, const std::string& input = "");
-ToolResult runTool(const std::vector<std::string>& args, const ToolSetting& setting);
+// The program's exit status and everything it wrote.
+ToolResult runTool(const std::vector<std::string>& args, const ToolSetting& setting = ToolSetting());
 // The same as another user: `setpriv` run with `identity` (its options) starts the program.
 ToolResult runToolAs(const std::vector<std::string>& identity, const std::vector<std::string>& args);
 
@@ -36,6 +36,25 @@ std::string readFile(const std::string& path);
 void writeFile(const std::string& path, const std::string& bytes);
 // A file beside the test's store, removed with it.
 std::string scratchPath(const zettest::TestRegistry& registry, const std::string& name);
+bool contains(const std::string& text, const std::string& part);
+
+// One run of the program and what it must answer. On success `shows` is its whole output, or
+// after a leading "..." a part of it, or after a leading "!" text it must not print. A failing
+// run prints nothing on standard output and a short message holding `shows` on standard error.
+struct Step {
+    std::vector<std::string> args;
+    std::string shows;
+    int status = 0;
+};
+void expectSteps(const std::vector<Step>& steps);
+
+// Base of the tool's tests: a store of the test's own, and files beside it.
+class ToolTest : public zettest::RegistryTest {
+protected:
+    std::string scratch(const std::string& name) const { return scratchPath(registry, name); }
+    // Runs a command that must succeed and gives what it printed.
+    std::string ok(const std::vector<std::string>& args, const std::vector<std::string>& as = {});
+};
 
 }  // namespace zettooltest
 

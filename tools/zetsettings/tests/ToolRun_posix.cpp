@@ -1,13 +1,14 @@
 #include "ToolRun.h"
 
+#include <gtest/gtest.h>
+
 #include "support/ProcessRights.h"
 #include "support/StartProgram_posix.h"
 
-#include <fcntl.h>
-#include <poll.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <sstream>
@@ -16,88 +17,60 @@
 namespace zettooltest {
 namespace {
 
-// Drains both pipes together, so that a chatty child never blocks on a full one.
-void collect(int outFd, int errFd, std::string& out, std::string& err)
+// The child writes into unnamed files rather than pipes: nothing to drain while it runs.
+FILE* unnamedFile(const std::string& content = "")
 {
-    pollfd fds[2] = {{outFd, POLLIN, 0}, {errFd, POLLIN, 0}};
-    std::string* sinks[2] = {&out, &err};
-    int open = 2;
-    char buffer[4096];
-    while (open > 0) {
-        if (poll(fds, 2, -1) < 0)
-            throw std::runtime_error("poll failed");
-        for (int i = 0; i < 2; ++i) {
-            if (fds[i].fd < 0 || !(fds[i].revents & (POLLIN | POLLHUP | POLLERR)))
-                continue;
-            const ssize_t got = read(fds[i].fd, buffer, sizeof buffer);
-            if (got > 0) {
-                sinks[i]->append(buffer, static_cast<std::size_t>(got));
-            } else {
-                close(fds[i].fd);
-                fds[i].fd = -1;
-                --open;
-            }
-        }
-    }
+    FILE* file = std::tmpfile();
+    if (!file || std::fwrite(content.data(), 1, content.size(), file) != content.size() || std::fflush(file) != 0)
+        throw std::runtime_error("no temporary file for the tool's run");
+    std::rewind(file);
+    return file;
 }
 
-ToolResult runProgram(const std::vector<std::string>& command, const std::string& input, const ToolSetting& setting)
+std::string contentOf(FILE* file)
 {
-    int in[2], out[2], err[2];
-    if (pipe(in) != 0 || pipe(out) != 0 || pipe(err) != 0)
-        throw std::runtime_error("pipe failed");
-    const std::vector<std::string> args(command.begin() + 1, command.end());
-    const pid_t child = zettest::startProgram(command.front(), args, [&] {
-        dup2(in[0], 0);
-        dup2(out[1], 1);
-        dup2(err[1], 2);
-        for (int fd : {in[0], in[1], out[0], out[1], err[0], err[1]})
-            close(fd);
+    std::rewind(file);
+    std::string content;
+    char buffer[4096];
+    for (std::size_t got; (got = std::fread(buffer, 1, sizeof buffer, file)) > 0;)
+        content.append(buffer, got);
+    std::fclose(file);
+    return content;
+}
+
+ToolResult runProgram(const std::string& program, const std::vector<std::string>& args, const ToolSetting& setting)
+{
+    FILE* files[3] = {unnamedFile(setting.input), unnamedFile(), unnamedFile()};
+    const pid_t child = zettest::startProgram(program, args, [&] {
+        for (int fd = 0; fd < 3; ++fd)
+            dup2(fileno(files[fd]), fd);
         for (const auto& variable : setting.environment)
             setenv(variable.first.c_str(), variable.second.c_str(), 1);
         return !setting.unprivileged || zettest::becomeUnprivileged();
     });
-    close(in[0]);
-    close(out[1]);
-    close(err[1]);
-    // Small inputs only: a pipe holds them whole, so writing first can't deadlock.
-    if (!input.empty() && write(in[1], input.data(), input.size()) != static_cast<ssize_t>(input.size()))
-        throw std::runtime_error("write to the child failed");
-    close(in[1]);
-    ToolResult result;
-    collect(out[0], err[0], result.out, result.err);
     int status = 0;
     waitpid(child, &status, 0);
+    std::fclose(files[0]);
+    ToolResult result;
+    result.out = contentOf(files[1]);
+    result.err = contentOf(files[2]);
     result.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     return result;
 }
 
-std::vector<std::string> toolCommand(const std::vector<std::string>& args)
-{
-    std::vector<std::string> command{ZET_TOOL_PATH};
-    command.insert(command.end(), args.begin(), args.end());
-    return command;
-}
-
 }  // namespace
-
-ToolResult runTool(const std::vector<std::string>& args, const std::string& input)
-{
-    return runProgram(toolCommand(args), input, ToolSetting());
-}
 
 ToolResult runTool(const std::vector<std::string>& args, const ToolSetting& setting)
 {
-    return runProgram(toolCommand(args), std::string(), setting);
+    return runProgram(ZET_TOOL_PATH, args, setting);
 }
 
 ToolResult runToolAs(const std::vector<std::string>& identity, const std::vector<std::string>& args)
 {
-    std::vector<std::string> command{"/usr/bin/setpriv"};
-    command.insert(command.end(), identity.begin(), identity.end());
-    const std::vector<std::string> tool = toolCommand(args);
-    command.insert(command.end(), tool.begin(), tool.end());
-    return runProgram(command, std::string(), ToolSetting());
+    std::vector<std::string> command = identity;
+    command.push_back(ZET_TOOL_PATH);
+    command.insert(command.end(), args.begin(), args.end());
+    return runProgram("/usr/bin/setpriv", command, ToolSetting());
 }
 
 bool otherUsersCanRunTheTool()
@@ -127,6 +100,35 @@ std::string scratchPath(const zettest::TestRegistry& registry, const std::string
 {
     const std::string& store = registry.storeDirectory();
     return store.substr(0, store.rfind('/') + 1) + name;
+}
+
+bool contains(const std::string& text, const std::string& part) { return text.find(part) != std::string::npos; }
+
+void expectSteps(const std::vector<Step>& steps)
+{
+    for (const Step& step : steps) {
+        const ToolResult result = runTool(step.args);
+        const std::string what = step.args[0] + " " + (step.args.size() > 1 ? step.args[1] : "") + ": " + result.err;
+        EXPECT_EQ(step.status, result.status) << what;
+        if (step.status != 0) {
+            EXPECT_TRUE(contains(result.err, step.shows)) << what;
+            EXPECT_LT(result.err.size(), 1000u) << what;
+            EXPECT_EQ("", result.out) << what;
+        } else if (step.shows.compare(0, 3, "...") == 0) {
+            EXPECT_TRUE(contains(result.out, step.shows.substr(3))) << what << result.out;
+        } else if (step.shows.compare(0, 1, "!") == 0) {
+            EXPECT_FALSE(contains(result.out, step.shows.substr(1))) << what << result.out;
+        } else {
+            EXPECT_EQ(step.shows, result.out) << what;
+        }
+    }
+}
+
+std::string ToolTest::ok(const std::vector<std::string>& args, const std::vector<std::string>& as)
+{
+    const ToolResult result = as.empty() ? runTool(args) : runToolAs(as, args);
+    EXPECT_EQ(0, result.status) << args[0] << " " << (args.size() > 1 ? args[1] : "") << ": " << result.err;
+    return result.out;
 }
 
 }  // namespace zettooltest
