@@ -3,6 +3,7 @@
 // as it last wrote them, nothing torn, the walk's list intact); at the end a fresh process
 // checks the union: every place of the walk handed out exactly once per lap, in order, and
 // every entry that somebody wrote and nobody removed still there with its last state.
+#include <array>
 #include <chrono>
 #include <cwchar>
 #include <fstream>
@@ -33,14 +34,9 @@ std::wstring walkName(unsigned index)
     return L"walk-e" + std::to_wstring(index);
 }
 
-std::wstring userName(long process, long thread, unsigned k)
+std::wstring recordName(const wchar_t* kind, long process, long thread, unsigned k)
 {
-    return L"u-p" + std::to_wstring(process) + L"-t" + std::to_wstring(thread) + L"-k" + std::to_wstring(k);
-}
-
-std::wstring profileName(long process, long thread, unsigned k)
-{
-    return L"cont-p" + std::to_wstring(process) + L"-t" + std::to_wstring(thread) + L"-n" + std::to_wstring(k);
+    return kind + std::to_wstring(process) + L"-t" + std::to_wstring(thread) + L"-n" + std::to_wstring(k);
 }
 
 std::wstring ownerName(long process)
@@ -48,14 +44,46 @@ std::wstring ownerName(long process)
     return L"Cont-Owner-P" + std::to_wstring(process);
 }
 
-std::wstring storedOwnerName(long process)
-{
-    return L"cont-owner-p" + std::to_wstring(process);
-}
-
 int alertNumber(long process, long thread, unsigned k)
 {
     return static_cast<int>(100000 + process * 1000 + thread * 100 + k);
+}
+
+// The records that one thread writes and reads back by name: a user's settings and a profile.
+// `read` gives whether the record is there, and its tag when it is one whole form.
+struct RecordKind {
+    const wchar_t* prefix;
+    unsigned perThread;
+    void (*write)(const std::wstring& name, const std::wstring& tag);
+    bool (*read)(const std::wstring& name, std::wstring& tag);
+};
+
+const RecordKind kKinds[] = {
+    {L"u-p", kUsersPerThread,
+     [](const std::wstring& name, const std::wstring& tag) { ZETSettings::setUserSettings(name, userForm(tag)); },
+     [](const std::wstring& name, std::wstring& tag) {
+         const boost::shared_ptr<ZETUserSettings> record = ZETSettings::getUserSettings(name);
+         tag = record && isUserForm(*record) ? record->userText : L"";
+         return bool(record);
+     }},
+    {L"cont-p", kProfilesPerThread,
+     [](const std::wstring& name, const std::wstring& tag) { ZETSettings::setNetworkSettings(name, profileForm(tag)); },
+     [](const std::wstring& name, std::wstring& tag) {
+         const boost::shared_ptr<ZETNetworkSettings> record = ZETSettings::getNetworkSettings(name);
+         tag = record && isProfileForm(*record) ? record->profileText : L"";
+         return bool(record);
+     }},
+};
+const std::size_t kUsers = 0, kProfiles = 1;
+// Only the first process writes users' settings; the others read them.
+const long kUserWriters = 1;
+
+// A record that someone else may have written: absent, or whole with a tag of its own name.
+bool isAbsentOrOwnTag(const RecordKind& kind, const std::wstring& name)
+{
+    std::wstring tag, tagName;
+    TagOrder order;
+    return !kind.read(name, tag) || (parseTag(tag, tagName, order) && tagName == name);
 }
 
 std::string logPath(const std::string& run, long process)
@@ -66,11 +94,7 @@ std::string logPath(const std::string& run, long process)
 struct Setup {
     long processes;
     long threads;
-    long userWriters;
     unsigned walkLength;
-    // A control: steps of the walk made of a read and a write under two separate holds of the
-    // lock, which orders nothing between them; the union check must then find places twice.
-    bool walkByReadThenWrite;
 };
 
 // One thread's share of the mix, with what it last wrote so that it can tell a lost entry.
@@ -78,6 +102,7 @@ class ContentionThread {
 public:
     ContentionThread(const Setup& setup, long process, long thread, unsigned seed)
         : m_setup(setup), m_process(process), m_thread(thread), m_random(seed),
+          fault("(process " + std::to_string(process) + ", thread " + std::to_string(thread) + ") "),
           m_places(setup.walkLength + 1, 0)
     {
     }
@@ -91,9 +116,9 @@ public:
             else if (pick < 45)
                 alertOperation();
             else if (pick < 60)
-                userOperation();
+                m_process < kUserWriters ? ownRecordOperation(kUsers) : readOtherRecord(kUsers, kUserWriters);
             else if (pick < 75)
-                profileOperation();
+                ownRecordOperation(kProfiles);
             else if (pick < 77)
                 fallbackOperation();
             else
@@ -108,16 +133,15 @@ public:
             log << "W " << place << " " << m_places[place] << "\n";
         for (const auto& alert : m_alerts)
             log << "A " << alert.first << " " << alert.second << "\n";
-        for (const auto& user : m_users)
-            log << "U " << narrow(user.first) << " " << narrow(user.second) << "\n";
-        for (const auto& profile : m_profiles)
-            log << "P " << narrow(profile.first) << " " << narrow(profile.second) << "\n";
+        for (std::size_t kind = 0; kind < m_records.size(); ++kind)
+            for (const auto& record : m_records[kind])
+                log << "R" << kind << " " << narrow(record.first) << " " << narrow(record.second) << "\n";
         for (const std::wstring& network : m_fallbackNetworks)
             log << "F " << narrow(ownerName(m_process)) << " " << narrow(network) << "\n";
         log << "O " << m_operations << "\n";
     }
 
-    int faults() const { return m_faults; }
+    int faults() const { return fault.count(); }
 
 private:
     unsigned draw(unsigned below) { return std::uniform_int_distribution<unsigned>(0, below - 1)(m_random); }
@@ -126,20 +150,12 @@ private:
         return makeTag(name, static_cast<unsigned long>(m_process), ++m_sequence);
     }
 
-    void fault(const std::string& what)
-    {
-        std::cerr << "VIOLATION (process " << m_process << ", thread " << m_thread << "): " << what << "\n";
-        ++m_faults;
-    }
-
     // Nobody but this walk's steps touches the list, and nobody stops it, so every step hands
     // out an entry, and only a step past the end comes back to the first.
     void stepWalk()
     {
         bool wrapped = false;
-        const boost::shared_ptr<ZETPreferredNetEntry> entry = m_setup.walkByReadThenWrite
-                                                                  ? stepByReadThenWrite(wrapped)
-                                                                  : ZETSettings::nextChooserPreferredNet(false, wrapped);
+        const boost::shared_ptr<ZETPreferredNetEntry> entry = ZETSettings::nextChooserPreferredNet(false, wrapped);
         unsigned index = 0;
         if (!entry || !isEntryForm(*entry) || swscanf(entry->netName.c_str(), L"walk-e%u", &index) != 1 ||
             index >= m_setup.walkLength || entry->netName != walkName(index))
@@ -148,20 +164,6 @@ private:
         ++m_places[place];
         if (wrapped != (place == 1))
             fault("place " + std::to_string(place) + " came with wrapped " + (wrapped ? "true" : "false"));
-    }
-
-    boost::shared_ptr<ZETPreferredNetEntry> stepByReadThenWrite(bool& wrapped)
-    {
-        const boost::shared_ptr<ZETPreferredNetworks> list = ZETSettings::getChooserPreferredNets();
-        if (list->entries.empty())
-            return boost::shared_ptr<ZETPreferredNetEntry>();
-        const unsigned next = list->position + 1u;
-        wrapped = next > list->entries.size();
-        list->position = static_cast<unsigned char>(wrapped ? 1 : next);
-        const boost::shared_ptr<ZETPreferredNetEntry> entry(
-            new ZETPreferredNetEntry(list->entries[list->position - 1u]));
-        ZETSettings::updateChooserPreferredNets(list);
-        return entry;
     }
 
     // Only this thread writes its alerts. A lost entry reads as enabled, never seen: so it
@@ -181,48 +183,30 @@ private:
         m_alerts[alert] = enabled;
     }
 
-    void userOperation()
+    // Only this thread writes these records: each reads back as it last wrote it.
+    void ownRecordOperation(std::size_t which)
     {
-        if (m_process >= m_setup.userWriters)
-            return readOtherUser();
-        const std::wstring name = userName(m_process, m_thread, draw(kUsersPerThread));
-        const auto written = m_users.find(name);
-        if (draw(2) == 0 && written != m_users.end()) {
-            const boost::shared_ptr<ZETUserSettings> record = ZETSettings::getUserSettings(name);
-            if (!record || record->userText != written->second || !isUserForm(*record))
-                fault("user " + narrow(name) + " does not read back as written last: " +
-                      (record ? narrow(record->userText) : std::string("absent")));
+        const RecordKind& kind = kKinds[which];
+        const std::wstring name = recordName(kind.prefix, m_process, m_thread, draw(kind.perThread));
+        auto& written = m_records[which];
+        const auto last = written.find(name);
+        if (draw(2) == 0 && last != written.end()) {
+            std::wstring found;
+            if (!kind.read(name, found) || found != last->second)
+                fault(narrow(name) + " does not read back as written last: '" + narrow(found) + "'");
             return;
         }
-        const std::wstring form = tag(name);
-        ZETSettings::setUserSettings(name, userForm(form));
-        m_users[name] = form;
+        written[name] = tag(name);
+        kind.write(name, written[name]);
     }
 
-    void readOtherUser()
+    void readOtherRecord(std::size_t which, long writers)
     {
-        const std::wstring name = userName(draw(static_cast<unsigned>(m_setup.userWriters)),
-                                           draw(static_cast<unsigned>(m_setup.threads)), draw(kUsersPerThread));
-        const boost::shared_ptr<ZETUserSettings> record = ZETSettings::getUserSettings(name);
-        std::wstring tagName;
-        TagOrder order;
-        if (record && (!isUserForm(*record) || !parseTag(record->userText, tagName, order) || tagName != name))
-            fault("user " + narrow(name) + " holds a form never written");
-    }
-
-    void profileOperation()
-    {
-        const std::wstring name = profileName(m_process, m_thread, draw(kProfilesPerThread));
-        const auto written = m_profiles.find(name);
-        if (draw(2) == 0 && written != m_profiles.end()) {
-            const boost::shared_ptr<ZETNetworkSettings> record = ZETSettings::getNetworkSettings(name);
-            if (!record || record->profileText != written->second || !isProfileForm(*record))
-                fault("profile " + narrow(name) + " does not read back as written last");
-            return;
-        }
-        const std::wstring form = tag(name);
-        ZETSettings::setNetworkSettings(name, profileForm(form));
-        m_profiles[name] = form;
+        const RecordKind& kind = kKinds[which];
+        const std::wstring name = recordName(kind.prefix, draw(static_cast<unsigned>(writers)),
+                                             draw(static_cast<unsigned>(m_setup.threads)), draw(kind.perThread));
+        if (!isAbsentOrOwnTag(kind, name))
+            fault(narrow(name) + " holds a form never written");
     }
 
     // Writers of the fallback database in other processes may put back an older form of this
@@ -233,7 +217,7 @@ private:
         const std::wstring network =
             L"T" + std::to_wstring(m_thread) + L"N" + std::to_wstring(draw(kFallbackPerThread));
         ZETSettings::setFallbackSettings(
-            fallbackForm(ownerName(m_process), network, tag(storedOwnerName(m_process) + L"/" + network)));
+            fallbackForm(ownerName(m_process), network, tag(lowerCase(ownerName(m_process)) + L"/" + network)));
         m_fallbackNetworks.insert(network);
         const boost::shared_ptr<ZETFallbackSettings> record =
             ZETSettings::getFallbackSettings(ownerName(m_process), network);
@@ -251,13 +235,7 @@ private:
         if (!same || !listFault(*list).empty())
             fault("the walk's list changed: position " + std::to_string(list->position) + ", " +
                   std::to_string(list->entries.size()) + " entries " + listFault(*list));
-        const std::wstring name = profileName(draw(static_cast<unsigned>(m_setup.processes)),
-                                              draw(static_cast<unsigned>(m_setup.threads)), draw(kProfilesPerThread));
-        const boost::shared_ptr<ZETNetworkSettings> record = ZETSettings::getNetworkSettings(name);
-        std::wstring tagName;
-        TagOrder order;
-        if (record && (!isProfileForm(*record) || !parseTag(record->profileText, tagName, order) || tagName != name))
-            fault("profile " + narrow(name) + " holds a form never written");
+        readOtherRecord(kProfiles, m_setup.processes);
     }
 
     Setup m_setup;
@@ -266,23 +244,17 @@ private:
     std::mt19937 m_random;
     unsigned long m_sequence = 0;
     unsigned long m_operations = 0;
-    int m_faults = 0;
+    Violations fault;
     std::vector<unsigned long> m_places;
     std::map<int, bool> m_alerts;
-    std::map<std::wstring, std::wstring> m_users;
-    std::map<std::wstring, std::wstring> m_profiles;
+    std::array<std::map<std::wstring, std::wstring>, 2> m_records;
     std::set<std::wstring> m_fallbackNetworks;
 };
 
 Setup setupOf(const Options& options)
 {
-    Setup setup;
-    setup.processes = options.number("processes", 8);
-    setup.threads = options.number("threads", 4);
-    setup.userWriters = options.number("user-writers", 1);
-    setup.walkLength = static_cast<unsigned>(options.number("walk", 61));
-    setup.walkByReadThenWrite = options.text("walk-by", "library") == "read-then-write";
-    return setup;
+    return {options.number("processes", 8), options.number("threads", 4),
+            static_cast<unsigned>(options.number("walk", 61))};
 }
 
 // ---- the final check -----------------------------------------------------------------------
@@ -290,8 +262,7 @@ Setup setupOf(const Options& options)
 struct Written {
     std::vector<unsigned long> places;
     std::map<unsigned, bool> alerts;
-    std::map<std::string, std::string> users;
-    std::map<std::string, std::string> profiles;
+    std::map<std::string, std::string> records[2];
     std::vector<std::pair<std::string, std::string>> fallback;
     unsigned long operations = 0;
 };
@@ -313,10 +284,8 @@ void readLog(const std::string& path, Written& written)
             written.places[std::stoul(a)] += std::stoul(b);
         else if (kind == "A")
             written.alerts[static_cast<unsigned>(std::stol(a))] = b == "1";
-        else if (kind == "U")
-            written.users[a] = b;
-        else if (kind == "P")
-            written.profiles[a] = b;
+        else if (kind == "R0" || kind == "R1")
+            written.records[kind[1] - '0'][a] = b;
         else if (kind == "F")
             written.fallback.emplace_back(a, b);
         else if (kind == "O")
@@ -339,18 +308,12 @@ public:
         checkAlerts();
         checkRecords();
         std::cout << "steps " << m_steps << " operations " << m_written.operations << " alerts "
-                  << m_written.alerts.size() << " users " << m_written.users.size() << " profiles "
-                  << m_written.profiles.size() << " fallback " << m_written.fallback.size() << "\n";
-        return m_faults == 0 ? 0 : 1;
+                  << m_written.alerts.size() << " users " << m_written.records[kUsers].size() << " profiles "
+                  << m_written.records[kProfiles].size() << " fallback " << m_written.fallback.size() << "\n";
+        return fault.exitCode();
     }
 
 private:
-    void fault(const std::string& what)
-    {
-        std::cerr << "VIOLATION: " << what << "\n";
-        ++m_faults;
-    }
-
     // The driver's first step handed out place 1; step k after it must have handed out place
     // k mod n + 1. So over all processes each place was handed out a known number of times,
     // and the stored position is that of the last step: a step lost or repeated shows in both.
@@ -367,11 +330,10 @@ private:
                 fault("place " + std::to_string(place) + " was handed out " + std::to_string(m_written.places[place]) +
                       " times, " + std::to_string(expected[place]) + " expected from " + std::to_string(m_steps) +
                       " steps");
-        std::string bytes;
-        long status = 0;
         ZETPreferredNetworks stored;
-        if (!readRegistryBinary(kSettingsKey, kListValue, bytes, status) || !isWholeForm(bytes, stored))
-            return fault("the walk's list can't be read whole (error " + std::to_string(status) + ")");
+        const std::string read = readStored(kListValue, stored);
+        if (!read.empty())
+            return fault("the walk's list is " + read);
         if (stored.position != m_steps % n + 1)
             fault("the walk stands at " + std::to_string(stored.position) + " after " + std::to_string(m_steps) +
                   " steps; " + std::to_string(m_steps % n + 1) + " expected");
@@ -379,11 +341,10 @@ private:
 
     void checkAlerts()
     {
-        std::string bytes;
-        long status = 0;
         ZETAlertSettings stored;
-        if (!readRegistryBinary(kSettingsKey, kAlertValue, bytes, status) || !isWholeForm(bytes, stored))
-            return fault("the alert states can't be read whole (error " + std::to_string(status) + ")");
+        const std::string read = readStored(kAlertValue, stored);
+        if (!read.empty())
+            return fault("the alert states are " + read);
         for (const auto& alert : m_written.alerts) {
             const auto found = stored.states.find(TSerVar<unsigned int>(alert.first));
             if (found == stored.states.end())
@@ -396,16 +357,12 @@ private:
 
     void checkRecords()
     {
-        for (const auto& user : m_written.users) {
-            const boost::shared_ptr<ZETUserSettings> record = ZETSettings::getUserSettings(widen(user.first));
-            if (!record || narrow(record->userText) != user.second || !isUserForm(*record))
-                fault("user " + user.first + " was lost or went back");
-        }
-        for (const auto& profile : m_written.profiles) {
-            const boost::shared_ptr<ZETNetworkSettings> record = ZETSettings::getNetworkSettings(widen(profile.first));
-            if (!record || narrow(record->profileText) != profile.second || !isProfileForm(*record))
-                fault("profile " + profile.first + " was lost or went back");
-        }
+        for (std::size_t kind = 0; kind < 2; ++kind)
+            for (const auto& record : m_written.records[kind]) {
+                std::wstring tag;
+                if (!kKinds[kind].read(widen(record.first), tag) || narrow(tag) != record.second)
+                    fault(record.first + " was lost or went back");
+            }
         for (const auto& place : m_written.fallback) {
             const boost::shared_ptr<ZETFallbackSettings> record =
                 ZETSettings::getFallbackSettings(widen(place.first), widen(place.second));
@@ -418,7 +375,7 @@ private:
     Setup m_setup;
     Written m_written;
     unsigned long m_steps = 0;
-    int m_faults = 0;
+    Violations fault;
 };
 
 }  // namespace
@@ -465,21 +422,15 @@ int contentionDriver(const Options& options)
         return 1;
     }
 
-    std::vector<std::string> common;
-    for (const auto& option : {pass("processes", setup.processes), pass("threads", setup.threads),
-                               pass("user-writers", setup.userWriters),
-                               pass("walk", static_cast<long>(setup.walkLength)),
-                               pass("walk-by", setup.walkByReadThenWrite ? "read-then-write" : "library"),
-                               pass("run", run.path())})
-        common.insert(common.end(), option.begin(), option.end());
+    const std::vector<std::string> common{"--processes", std::to_string(setup.processes), "--threads",
+                                          std::to_string(setup.threads), "--walk", std::to_string(setup.walkLength),
+                                          "--run", run.path()};
     std::random_device entropy;
     std::vector<pid_t> workers;
     for (long process = 0; process < setup.processes; ++process) {
-        std::vector<std::string> args{"contention-worker"};
+        std::vector<std::string> args{"contention-worker", "--index", std::to_string(process), "--seconds",
+                                      std::to_string(seconds), "--seed", std::to_string(entropy())};
         args.insert(args.end(), common.begin(), common.end());
-        for (const auto& option :
-             {pass("index", process), pass("seconds", seconds), pass("seed", static_cast<long>(entropy()))})
-            args.insert(args.end(), option.begin(), option.end());
         workers.push_back(startSelf(args));
     }
     int faults = 0;
@@ -488,19 +439,19 @@ int contentionDriver(const Options& options)
     const int bound = static_cast<int>(seconds * 1000 + 120000);
     for (std::size_t i = 0; i < workers.size(); ++i) {
         const Ending ending = waitWithin(workers[i], bound);
-        if (!ending.finished) {
+        if (!ending.finished)
             killAndReap(workers[i]);
-            std::cerr << "VIOLATION: worker process " << i << " did not end within " << bound << " ms\n";
-        }
-        faults += ending.finished && ending.exitCode == 0 ? 0 : 1;
+        if (!ending.succeeded())
+            std::cerr << "VIOLATION: worker process " << i << " " << describe(ending) << "\n";
+        faults += ending.succeeded() ? 0 : 1;
     }
     std::vector<std::string> args{"contention-check"};
     args.insert(args.end(), common.begin(), common.end());
     std::string summary;
     const Ending checked = runSelf(args, 120000, summary);
-    faults += checked.finished && checked.exitCode == 0 ? 0 : 1;
+    faults += checked.succeeded() ? 0 : 1;
     std::cout << "contention test: " << setup.processes << " processes x " << setup.threads << " threads for "
-              << seconds << " s (user settings written by " << setup.userWriters << " process(es)); " << summary
+              << seconds << " s; " << summary
               << (faults == 0 ? "no violation" : "VIOLATIONS in " + std::to_string(faults) + " process(es)") << "\n";
     return faults == 0 ? 0 : 1;
 }

@@ -164,13 +164,10 @@ int readChooser()
 // that the library can't read counts as enabled there, which would pass for generation 1.
 int readAlert()
 {
-    std::string bytes;
-    long status = 0;
-    if (!readRegistryBinary(kSettingsKey, kAlertValue, bytes, status))
-        return kAbsent;
     ZETAlertSettings stored;
-    if (!isWholeForm(bytes, stored))
-        return kTorn;
+    const std::string read = readStored(kAlertValue, stored);
+    if (!read.empty())
+        return read == "absent" ? kAbsent : kTorn;
     const auto found = stored.states.find(TSerVar<unsigned int>(kAlert));
     if (found == stored.states.end())
         return kAbsent;
@@ -233,6 +230,15 @@ std::vector<std::string> secretBytes()
 
 }  // namespace
 
+// A write that reports nothing: whether it was made shows only in a read.
+std::function<Reported(int)> silent(void (*write)(int generation))
+{
+    return [write](int g) {
+        write(g);
+        return Reported::Silent;
+    };
+}
+
 const std::vector<Item>& items()
 {
     static const std::vector<Item> all = {
@@ -243,23 +249,10 @@ const std::vector<Item>& items()
              return byCode(code);
          },
          readDirect},
-        {"profile",
-         [](int g) {
-             ZETSettings::setNetworkSettings(kNetwork, profileForm(tagOf(L"profile", g)));
-             return Reported::Silent;
-         },
+        {"profile", silent([](int g) { ZETSettings::setNetworkSettings(kNetwork, profileForm(tagOf(L"profile", g))); }),
          readProfile},
-        {"user",
-         [](int g) {
-             ZETSettings::setUserSettings(kUser, userForm(tagOf(L"user", g)));
-             return Reported::Silent;
-         },
-         readUser},
-        {"login",
-         [](int g) {
-             ZETSettings::setLoginData(tagOf(L"login", g), passwordOf(g), true, true, false);
-             return Reported::Silent;
-         },
+        {"user", silent([](int g) { ZETSettings::setUserSettings(kUser, userForm(tagOf(L"user", g))); }), readUser},
+        {"login", silent([](int g) { ZETSettings::setLoginData(tagOf(L"login", g), passwordOf(g), true, true, false); }),
          readLogin},
         {"keys",
          [](int g) {
@@ -278,43 +271,22 @@ const std::vector<Item>& items()
              }
          },
          readKeys},
-        {"fallback",
-         [](int g) {
-             const std::wstring tag = tagOf(std::wstring(kOwner) + L"/" + kNetwork, g);
-             ZETSettings::setFallbackSettings(fallbackForm(kOwner, kNetwork, tag));
-             return Reported::Silent;
-         },
+        {"fallback", silent([](int g) {
+             ZETSettings::setFallbackSettings(
+                 fallbackForm(kOwner, kNetwork, tagOf(std::wstring(kOwner) + L"/" + kNetwork, g)));
+         }),
          readFallback},
         {"chooser",
-         [](int g) {
-             ZETSettings::updateChooserPreferredNets(listForm(L"list" + std::to_wstring(g) + L"-", 4, 1));
-             return Reported::Silent;
-         },
+         silent([](int g) { ZETSettings::updateChooserPreferredNets(listForm(L"list" + std::to_wstring(g) + L"-", 4, 1)); }),
          readChooser},
-        {"alert",
-         [](int g) {
-             ZETSettings::updateAlertNotificationState(kAlert, g == 1);
-             return Reported::Silent;
-         },
-         readAlert},
-        {"number",
-         [](int g) {
-             ZETSettings::intSetNetlibValue(L"FaultNumber", 1000 + g);
-             return Reported::Silent;
-         },
-         readNumber},
-        {"text",
-         [](int g) {
-             ZETSettings::strSetGuiHelperValue(L"FaultText", tagOf(L"text", g));
-             return Reported::Silent;
-         },
-         readText},
+        {"alert", silent([](int g) { ZETSettings::updateAlertNotificationState(kAlert, g == 1); }), readAlert},
+        {"number", silent([](int g) { ZETSettings::intSetNetlibValue(L"FaultNumber", 1000 + g); }), readNumber},
+        {"text", silent([](int g) { ZETSettings::strSetGuiHelperValue(L"FaultText", tagOf(L"text", g)); }), readText},
         {"eap", [](int g) { return byCode(ZETSettings::strSetRasmanEapSettings(L"FaultEap", tagOf(L"eap", g))); },
          readEap},
     };
     return all;
 }
-
 
 std::string nameOfState(int state)
 {

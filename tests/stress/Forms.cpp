@@ -1,5 +1,6 @@
 #include "Forms.h"
 
+#include <cwctype>
 #include <set>
 
 namespace zetstress {
@@ -33,6 +34,14 @@ std::string derivedBytes(const std::wstring& tag, unsigned salt, std::size_t lon
 unsigned char derivedByte(const std::wstring& tag, unsigned salt)
 {
     return static_cast<unsigned char>(digest(tag, salt) >> 40);
+}
+
+bool sameForm(const ZETSerializeClass& found, const ZETSerializeClass& expected)
+{
+    ZETBuf foundBytes, expectedBytes;
+    found.serializeToBuf(foundBytes);
+    expected.serializeToBuf(expectedBytes);
+    return foundBytes == expectedBytes;
 }
 
 }  // namespace
@@ -78,6 +87,13 @@ std::string narrow(const std::wstring& text)
     return out;
 }
 
+std::wstring lowerCase(std::wstring text)
+{
+    for (wchar_t& c : text)
+        c = static_cast<wchar_t>(std::towlower(c));
+    return text;
+}
+
 boost::shared_ptr<ZETNetworkSettings> profileForm(const std::wstring& tag)
 {
     boost::shared_ptr<ZETNetworkSettings> record(new ZETNetworkSettings);
@@ -95,10 +111,7 @@ boost::shared_ptr<ZETNetworkSettings> profileForm(const std::wstring& tag)
 
 bool isProfileForm(const ZETNetworkSettings& record)
 {
-    const boost::shared_ptr<ZETNetworkSettings> expected = profileForm(record.profileText);
-    return record.profileFlag1 == expected->profileFlag1 && record.profileFlag2 == expected->profileFlag2 &&
-           record.profileFlag3 == expected->profileFlag3 && record.profileFlag4 == expected->profileFlag4 &&
-           record.protectedBlob == expected->protectedBlob && record.plainBlob == expected->plainBlob;
+    return sameForm(record, *profileForm(record.profileText));
 }
 
 boost::shared_ptr<ZETFallbackSettings> fallbackForm(const std::wstring& owner, const std::wstring& network,
@@ -122,8 +135,7 @@ bool isFallbackForm(const ZETFallbackSettings& record, std::wstring& tag)
     TagOrder order;
     if (!parseTag(tag, name, order) || name != record.owner + L"/" + record.network)
         return false;
-    const boost::shared_ptr<ZETFallbackSettings> expected = fallbackForm(record.owner, record.network, tag);
-    return record.fallbackBytes1 == expected->fallbackBytes1 && record.fallbackBytes2 == expected->fallbackBytes2;
+    return sameForm(record, *fallbackForm(record.owner, record.network, tag));
 }
 
 ZETPreferredNetEntry entryForm(const std::wstring& tag)
@@ -143,10 +155,7 @@ ZETPreferredNetEntry entryForm(const std::wstring& tag)
 
 bool isEntryForm(const ZETPreferredNetEntry& entry)
 {
-    const ZETPreferredNetEntry expected = entryForm(entry.netName);
-    return entry.macAddress == expected.macAddress && entry.entryFlag == expected.entryFlag &&
-           entry.matchKind == expected.matchKind && entry.matchByte1 == expected.matchByte1 &&
-           entry.matchByte2 == expected.matchByte2;
+    return sameForm(entry, entryForm(entry.netName));
 }
 
 boost::shared_ptr<ZETUserSettings> userForm(const std::wstring& tag)
@@ -159,7 +168,7 @@ boost::shared_ptr<ZETUserSettings> userForm(const std::wstring& tag)
 
 bool isUserForm(const ZETUserSettings& record)
 {
-    return record.userBytes == userForm(record.userText)->userBytes;
+    return sameForm(record, *userForm(record.userText));
 }
 
 boost::shared_ptr<ZETPreferredNetworks> listForm(const std::wstring& tagPrefix, unsigned count, unsigned position)
@@ -184,6 +193,30 @@ std::string listFault(const ZETPreferredNetworks& list)
             return "entry '" + narrow(entry.netName) + "' stands twice";
     }
     return std::string();
+}
+
+bool readRegistryBinary(const std::wstring& subkey, const std::wstring& value, std::string& bytes, long& status)
+{
+    bytes.clear();
+    HKEY key = nullptr;
+    status = RegOpenKeyExW(HKEY_LOCAL_MACHINE, subkey.c_str(), 0, KEY_READ, &key);
+    if (status != ERROR_SUCCESS)
+        return false;
+    DWORD type = 0;
+    DWORD size = 0;
+    status = RegQueryValueExW(key, value.c_str(), nullptr, &type, nullptr, &size);
+    // The value may grow between the two calls: ask again until it fits.
+    while (status == ERROR_SUCCESS || status == ERROR_MORE_DATA) {
+        bytes.resize(size);
+        status = RegQueryValueExW(key, value.c_str(), nullptr, &type,
+                                  reinterpret_cast<BYTE*>(bytes.empty() ? nullptr : &bytes[0]), &size);
+        if (status == ERROR_SUCCESS) {
+            bytes.resize(size);
+            break;
+        }
+    }
+    RegCloseKey(key);
+    return status == ERROR_SUCCESS;
 }
 
 }  // namespace zetstress

@@ -5,15 +5,16 @@
 #include <signal.h>
 #include <stdlib.h>
 #include <sys/mman.h>
+#include <sys/mount.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <chrono>
 #include <filesystem>
+#include <iostream>
 #include <stdexcept>
 #include <thread>
-
-#include <zetsettings/ZETSettings.h>
 
 #include "support/StartProgram_posix.h"
 
@@ -33,45 +34,57 @@ Ending endingOf(int status)
     return ending;
 }
 
+// Starts the program with its standard output on `outputFd`.
 pid_t startWithOutput(const std::string& program, const std::vector<std::string>& args, int outputFd)
 {
-    return zettest::startProgram(program, args,
-                                 [outputFd] { return outputFd < 0 || dup2(outputFd, STDOUT_FILENO) >= 0; });
-}
-
-pid_t startSelfWithOutput(const std::vector<std::string>& args, int outputFd)
-{
-    return startWithOutput(zettest::kThisProgram, args, outputFd);
+    return zettest::startProgram(program, args, [outputFd] { return dup2(outputFd, STDOUT_FILENO) >= 0; });
 }
 
 }  // namespace
 
-RunDirectory::RunDirectory()
+RunDirectory::RunDirectory(const std::string& name, const std::string& base)
 {
-    char pattern[] = "/tmp/zetsettings-stress-XXXXXX";
-    if (!mkdtemp(pattern))
+    std::string pattern = base + "/zetsettings-" + name + "-XXXXXX";
+    if (!mkdtemp(&pattern[0]))
         throw std::runtime_error("mkdtemp failed");
     m_path = pattern;
+    chmod(m_path.c_str(), 0755);
     setenv("ZET_REGISTRY_DIR", (m_path + "/store").c_str(), 1);
 }
 
 RunDirectory::~RunDirectory()
 {
+    if (m_mounted)
+        umount2(m_path.c_str(), MNT_DETACH);
     std::error_code ignored;
     std::filesystem::remove_all(m_path, ignored);
 }
 
+void Violations::operator()(const std::string& what)
+{
+    std::cerr << "VIOLATION: " << m_where << what << "\n";
+    ++m_count;
+}
+
+std::string describe(const Ending& ending)
+{
+    if (!ending.finished)
+        return "did not end in time";
+    if (ending.signal)
+        return "died of signal " + std::to_string(ending.signal);
+    return "exited with " + std::to_string(ending.exitCode);
+}
+
 pid_t startSelf(const std::vector<std::string>& args)
 {
-    return startSelfWithOutput(args, -1);
+    return zettest::startProgram(zettest::kThisProgram, args);
 }
 
 pid_t startProgram(const std::string& path, const std::vector<std::string>& args)
 {
     const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
     const pid_t pid = startWithOutput(path, args, nowhere);
-    if (nowhere >= 0)
-        close(nowhere);
+    close(nowhere);
     return pid;
 }
 
@@ -91,6 +104,14 @@ Ending waitWithin(pid_t pid, int milliseconds)
     }
 }
 
+Ending killUnlessEnded(pid_t pid)
+{
+    const Ending ending = waitWithin(pid, 0);
+    if (!ending.finished)
+        killAndReap(pid);
+    return ending;
+}
+
 void killAndReap(pid_t pid)
 {
     kill(pid, SIGKILL);
@@ -104,7 +125,7 @@ Ending runSelf(const std::vector<std::string>& args, int milliseconds, std::stri
     int fds[2];
     if (pipe2(fds, O_CLOEXEC) != 0)
         throw std::runtime_error("pipe failed");
-    const pid_t pid = startSelfWithOutput(args, fds[1]);
+    const pid_t pid = startWithOutput(zettest::kThisProgram, args, fds[1]);
     close(fds[1]);
     const Clock::time_point deadline = Clock::now() + std::chrono::milliseconds(milliseconds);
     output.clear();
@@ -153,30 +174,6 @@ uint64_t SharedCounters::sum() const
     for (std::size_t i = 0; i < m_count; ++i)
         total += m_counters[i].load();
     return total;
-}
-
-bool readRegistryBinary(const std::wstring& subkey, const std::wstring& value, std::string& bytes, long& status)
-{
-    bytes.clear();
-    HKEY key = nullptr;
-    status = RegOpenKeyExW(HKEY_LOCAL_MACHINE, subkey.c_str(), 0, KEY_READ, &key);
-    if (status != ERROR_SUCCESS)
-        return false;
-    DWORD type = 0;
-    DWORD size = 0;
-    status = RegQueryValueExW(key, value.c_str(), nullptr, &type, nullptr, &size);
-    // The value may grow between the two calls: ask again until it fits.
-    while (status == ERROR_SUCCESS || status == ERROR_MORE_DATA) {
-        bytes.resize(size);
-        status = RegQueryValueExW(key, value.c_str(), nullptr, &type,
-                                  reinterpret_cast<BYTE*>(bytes.empty() ? nullptr : &bytes[0]), &size);
-        if (status == ERROR_SUCCESS) {
-            bytes.resize(size);
-            break;
-        }
-    }
-    RegCloseKey(key);
-    return status == ERROR_SUCCESS;
 }
 
 void pauseMilliseconds(int milliseconds)
