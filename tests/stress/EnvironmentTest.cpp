@@ -175,7 +175,7 @@ int fullDiskOn(const fs::path& folder)
                    "with room again, setFallbackKeySettings stores");
     verdict.expect(writeAll(1), "with room again, every item is stored:" + statesOfItems());
     RegCloseKey(key);
-    reportExposure(folder, std::cerr);
+    reportExposure(folder, verdict);
     return verdict.exitCode();
 }
 

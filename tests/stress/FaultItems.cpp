@@ -326,7 +326,7 @@ std::string fileBytes(const fs::path& path)
     return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
 
-void reportExposure(const fs::path& folder, std::ostream& out)
+void reportExposure(const fs::path& folder, Violations& fault)
 {
     const std::vector<std::string> forms = secretBytes();
     for (const auto& entry : fs::recursive_directory_iterator(folder)) {
@@ -337,17 +337,16 @@ void reportExposure(const fs::path& folder, std::ostream& out)
         // The named mutex's files are open to every user by design, as the product's mutex is.
         const bool isMutexFile = entry.path().filename().string().rfind("mutex", 0) == 0;
         if ((info.st_mode & S_IWOTH) && !isMutexFile)
-            out << "violation others may write " << entry.path().string() << "\n";
+            fault("others may write " + entry.path().string());
         if (entry.path().filename().string().find(".key.new-") != std::string::npos)
-            out << "violation a key candidate left behind: " << entry.path().filename().string() << "\n";
-        if (isKey && (info.st_mode & 07777) != 0600)
-            out << "violation key mode " << std::oct << (info.st_mode & 07777) << std::dec << "\n";
+            fault("a key candidate left behind: " + entry.path().filename().string());
+        fault.expect(!isKey || (info.st_mode & 07777) == 0600, "key mode " + std::to_string(info.st_mode & 07777));
         if (!S_ISREG(info.st_mode) || isKey)
             continue;
         const std::string bytes = fileBytes(entry.path());
         for (const std::string& form : forms)
             if (bytes.find(form) != std::string::npos)
-                out << "violation a secret in the clear in " << entry.path().filename().string() << "\n";
+                fault("a secret in the clear in " + entry.path().filename().string());
     }
 }
 

@@ -34,11 +34,6 @@ const int kTimeoutMs = 20000;
 // Far above the calls of one writer's run: reaching it means the writer never runs through.
 const long kMaxN = 5000;
 
-struct Counts {
-    long runs = 0;
-    long violations = 0;
-};
-
 int errnoByName(const std::string& name)
 {
     static const std::map<std::string, int> known = {
@@ -83,100 +78,48 @@ bool isClearError(long code)
     return clear.count(code) != 0;
 }
 
-std::string firstLine(const std::string& text)
+std::string joined(const std::set<std::string>& words)
 {
-    return text.substr(0, text.find('\n'));
+    std::string text = "-";
+    for (const std::string& word : words)
+        text += "," + word;
+    return text;
 }
 
-class FaultRun {
-public:
-    explicit FaultRun(Counts& counts) : m_counts(counts) {}
-
-    // One run with the N-th call failing; false when no call failed (the writer ran through).
-    // `start` holds the store to start from; an empty folder makes the writer create the store
-    // and the machine key, and the check accept absent items instead of generation 0.
-    bool run(const fs::path& start, const fs::path& run, long n, int code, bool always, const std::string& label)
-    {
-        m_fromEmpty = fs::is_empty(start);
+// Runs N = 1, 2, ... until a writer runs through without a failed call; each run starts from a
+// copy of `start` (an empty folder makes the writer create the store and the machine key, and
+// the check accept absent items instead of generation 0). Returns the runs with a failed call.
+long runsUntilThrough(const fs::path& start, const fs::path& run, int code, bool always, const std::string& label,
+                      Violations& fault)
+{
+    const fs::path report = run.parent_path() / "fault-report";
+    for (long n = 1; n <= kMaxN; ++n) {
         fs::remove_all(run);
         fs::copy(start, run, fs::copy_options::recursive);
-        const fs::path report = fs::path(run).parent_path() / "fault-report";
         fs::remove(report);
         std::string written, checked;
-        const Ending writer = runFaulty(run, n, code, always, report, written);
-        const std::string faulted = firstLine(fileBytes(report));
-        if (faulted.empty() && writer.finished && writer.exitCode == 0)
-            return false;
-        ++m_counts.runs;
-        const std::string where = label + " N=" + std::to_string(n) + " (" + faulted + ")";
-        if (!writer.succeeded())
-            violation(where, "the writer " + describe(writer));
-        const Ending check = runSelf({"fault-check"}, kTimeoutMs, checked);
-        if (!check.succeeded())
-            violation(where, "the check " + describe(check));
-        judge(where, wordsAfter(written, "ok"), checked);
+        const Ending writer = runSelf({"fault-write", "--generation", "1"}, kTimeoutMs, written,
+                                      {{"LD_PRELOAD", shimPath()},
+                                       {"ZET_FAULT_PREFIX", run.string() + "/"},
+                                       {"ZET_FAULT_AT", std::to_string(n)},
+                                       {"ZET_FAULT_ERRNO", std::to_string(code)},
+                                       {"ZET_FAULT_ALWAYS", always ? "1" : "0"},
+                                       {"ZET_FAULT_REPORT", report.string()},
+                                       {"ZET_REGISTRY_INITIAL_MAP", "65536"}});
+        const std::string reported = fileBytes(report), faulted = reported.substr(0, reported.find('\n'));
+        if (faulted.empty() && writer.succeeded())
+            return n - 1;
+        const std::string where = "fault " + label + " N=" + std::to_string(n) + " (" + faulted + "): ";
+        fault.expect(writer.succeeded(), where + "the writer " + describe(writer));
+        const Ending check = runSelf({"fault-check", "--before", fs::is_empty(start) ? "absent" : "0", "--ok",
+                                      joined(wordsAfter(written, "ok")), "--where", where},
+                                     kTimeoutMs, checked);
+        fault.expect(check.succeeded(), where + "the check " + describe(check));
         for (const std::string& code : wordsAfter(written, "code"))
-            if (!isClearError(std::stol(code)))
-                violation(where, "RegSetValueExW gave " + code);
-        return true;
+            fault.expect(isClearError(std::stol(code)), where + "RegSetValueExW gave " + code);
     }
-
-    // Runs N = 1, 2, ... up to `limit` until no call fails; returns the runs with a failed call.
-    long upTo(long limit, const fs::path& start, const fs::path& run, int code, bool always, const std::string& label)
-    {
-        long n = 1;
-        while (n <= limit && this->run(start, run, n, code, always, label))
-            ++n;
-        return n - 1;
-    }
-
-private:
-    Ending runFaulty(const fs::path& run, long n, int code, bool always, const fs::path& report, std::string& output)
-    {
-        setenv("LD_PRELOAD", shimPath().c_str(), 1);
-        setenv("ZET_FAULT_PREFIX", (run.string() + "/").c_str(), 1);
-        setenv("ZET_FAULT_AT", std::to_string(n).c_str(), 1);
-        setenv("ZET_FAULT_ERRNO", std::to_string(code).c_str(), 1);
-        setenv("ZET_FAULT_ALWAYS", always ? "1" : "0", 1);
-        setenv("ZET_FAULT_REPORT", report.c_str(), 1);
-        setenv("ZET_REGISTRY_INITIAL_MAP", "65536", 1);
-        const Ending ending = runSelf({"fault-write", "--generation", "1"}, kTimeoutMs, output);
-        for (const char* name : {"LD_PRELOAD", "ZET_FAULT_PREFIX", "ZET_FAULT_AT", "ZET_FAULT_ERRNO", "ZET_FAULT_ALWAYS",
-                                 "ZET_FAULT_REPORT", "ZET_REGISTRY_INITIAL_MAP"})
-            unsetenv(name);
-        return ending;
-    }
-
-    void judge(const std::string& where, const std::set<std::string>& ok, const std::string& checked)
-    {
-        std::istringstream in(checked);
-        for (std::string line; std::getline(in, line);) {
-            std::istringstream words(line);
-            std::string kind, item, state;
-            words >> kind >> item >> state;
-            if (kind == "violation") {
-                violation(where, line.substr(10));
-            } else if (kind == "item") {
-                const std::string before = m_fromEmpty ? "absent" : "0";
-                if (state != before && state != "1" && state != "without-secret")
-                    violation(where, item + " is " + state);
-                else if (ok.count(item) && state != "1")
-                    violation(where, item + " was written but reads as " + state);
-            }
-        }
-        if (checked.find("further ok") == std::string::npos)
-            violation(where, "a further write after the faulty run failed");
-    }
-
-    void violation(const std::string& where, const std::string& what)
-    {
-        ++m_counts.violations;
-        std::cerr << "fault: " << where << ": " << what << "\n";
-    }
-
-    Counts& m_counts;
-    bool m_fromEmpty = false;
-};
+    return kMaxN;
+}
 
 void seedStore(const fs::path& seeded)
 {
@@ -184,9 +127,9 @@ void seedStore(const fs::path& seeded)
     std::string output;
     // Made under umask 0: the modes that the check sees are the library's own choice.
     const mode_t previous = umask(0);
-    const Ending seed = runSelf({"fault-write", "--generation", "0"}, 20000, output);
+    const Ending seed = runSelf({"fault-write", "--generation", "0"}, kTimeoutMs, output);
     umask(previous);
-    if (!seed.finished || seed.exitCode != 0 || wordsAfter(output, "ok").size() != items().size())
+    if (!seed.succeeded() || wordsAfter(output, "ok").size() != items().size())
         throw std::runtime_error("the store could not be seeded: " + output);
 }
 
@@ -215,14 +158,23 @@ int faultWriter(const Options& options)
     return 0;
 }
 
-int faultCheck(const Options&)
+// Every item must be whole, of the generation before or of generation 1 (a profile may have
+// lost its secret), and of generation 1 where the writer knew it written; a further write must
+// succeed, and nothing may be exposed.
+int faultCheck(const Options& options)
 {
-    const fs::path run = fs::path(getenv("ZET_REGISTRY_DIR")).parent_path();
-    for (const Item& item : items())
-        std::cout << "item " << item.name << " " << nameOfState(item.read()) << "\n";
-    reportExposure(run, std::cout);
-    std::cout << (furtherWriteSucceeds() ? "further ok" : "further failed") << std::endl;
-    return 0;
+    Violations fault(options.text("where", ""));
+    const std::string before = options.text("before", "0"), ok = options.text("ok", "-") + ",";
+    for (const Item& item : items()) {
+        const std::string state = nameOfState(item.read());
+        if (state != before && state != "1" && state != "without-secret")
+            fault(std::string(item.name) + " is " + state);
+        else if (ok.find("," + std::string(item.name) + ",") != std::string::npos && state != "1")
+            fault(std::string(item.name) + " was written but reads as " + state);
+    }
+    reportExposure(fs::path(getenv("ZET_REGISTRY_DIR")).parent_path(), fault);
+    fault.expect(furtherWriteSucceeds(), "a further write after the faulty run failed");
+    return fault.exitCode();
 }
 
 int faultDriver(const Options& options)
@@ -235,24 +187,24 @@ int faultDriver(const Options& options)
     fs::create_directory(empty);
     setenv("ZET_REGISTRY_DIR", (run / "store").c_str(), 1);
 
-    Counts counts;
-    FaultRun faultRun(counts);
+    Violations fault;
+    long runs = 0;
     for (const char* from : {"seeded", "empty"}) {
         for (const char* mode : {"once", "always"}) {
             for (const std::string& name : splitList(options.text("errnos", "ENOSPC,EIO,EACCES"))) {
                 const std::string label = name + " " + mode + " from " + from;
-                const long runs = faultRun.upTo(kMaxN, from == std::string("empty") ? empty : seeded, run,
-                                                errnoByName(name), mode == std::string("always"), label);
-                std::cout << label << ": " << runs << " runs with a failed call" << std::endl;
+                const long faulty = runsUntilThrough(from == std::string("empty") ? empty : seeded, run,
+                                                     errnoByName(name), mode == std::string("always"), label, fault);
+                std::cout << label << ": " << faulty << " runs with a failed call" << std::endl;
                 // The writer always makes some of the calls counted: none failing means no shim.
-                if (runs == 0 || runs == kMaxN)
-                    std::cerr << "fault: " << label << ": " << (runs ? "never ran through" : "is the shim loaded?") << "\n";
-                counts.violations += runs == kMaxN || runs == 0;
+                fault.expect(faulty != 0, "fault " + label + ": no call failed; is the shim loaded?");
+                fault.expect(faulty != kMaxN, "fault " + label + ": the writer never ran through");
+                runs += faulty;
             }
         }
     }
-    std::cout << "fault: " << counts.runs << " runs, " << counts.violations << " violations" << std::endl;
-    return counts.violations == 0 ? 0 : 1;
+    std::cout << "fault: " << runs << " runs, " << fault.count() << " violations" << std::endl;
+    return fault.exitCode();
 }
 
 }  // namespace zetstress

@@ -35,9 +35,14 @@ Ending endingOf(int status)
 }
 
 // Starts the program with its standard output on `outputFd`.
-pid_t startWithOutput(const std::string& program, const std::vector<std::string>& args, int outputFd)
+pid_t startWithOutput(const std::string& program, const std::vector<std::string>& args, int outputFd,
+                      const Environment& environment = {})
 {
-    return zettest::startProgram(program, args, [outputFd] { return dup2(outputFd, STDOUT_FILENO) >= 0; });
+    return zettest::startProgram(program, args, [outputFd, &environment] {
+        for (const auto& variable : environment)
+            setenv(variable.first.c_str(), variable.second.c_str(), 1);
+        return dup2(outputFd, STDOUT_FILENO) >= 0;
+    });
 }
 
 }  // namespace
@@ -120,12 +125,13 @@ void killAndReap(pid_t pid)
     }
 }
 
-Ending runSelf(const std::vector<std::string>& args, int milliseconds, std::string& output)
+Ending runSelf(const std::vector<std::string>& args, int milliseconds, std::string& output,
+               const Environment& environment)
 {
     int fds[2];
     if (pipe2(fds, O_CLOEXEC) != 0)
         throw std::runtime_error("pipe failed");
-    const pid_t pid = startWithOutput(zettest::kThisProgram, args, fds[1]);
+    const pid_t pid = startWithOutput(zettest::kThisProgram, args, fds[1], environment);
     close(fds[1]);
     const Clock::time_point deadline = Clock::now() + std::chrono::milliseconds(milliseconds);
     output.clear();

@@ -9,6 +9,7 @@
 #include <atomic>
 #include <cstdint>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace zetstress {
@@ -68,9 +69,11 @@ void killAndReap(pid_t pid);
 // Kills the process unless it has already ended; returns how it had ended, if it had.
 Ending killUnlessEnded(pid_t pid);
 
-// Runs this program in a role and collects its standard output, within a bound; on a timeout
-// the child is killed.
-Ending runSelf(const std::vector<std::string>& args, int milliseconds, std::string& output);
+// Runs this program in a role, with the given variables set in its environment, and collects
+// its standard output, within a bound; on a timeout the child is killed.
+using Environment = std::vector<std::pair<std::string, std::string>>;
+Ending runSelf(const std::vector<std::string>& args, int milliseconds, std::string& output,
+               const Environment& environment = {});
 
 // Counters in a file that the driver and its children map shared, so that the driver can
 // count the operations of children that it kills.
