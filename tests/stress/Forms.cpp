@@ -1,5 +1,6 @@
 #include "Forms.h"
 
+#include <cwchar>
 #include <cwctype>
 #include <set>
 
@@ -59,22 +60,11 @@ std::wstring makeTag(const std::wstring& name, unsigned long incarnation, unsign
 bool parseTag(const std::wstring& tag, std::wstring& name, TagOrder& order)
 {
     const std::size_t hash = tag.rfind(L'#');
-    const std::size_t dot = tag.rfind(L'.');
-    if (hash == std::wstring::npos || dot == std::wstring::npos || dot < hash)
+    int used = 0;
+    if (hash == std::wstring::npos || tag.find_first_not_of(L"0123456789.", hash + 1) != std::wstring::npos ||
+        swscanf(tag.c_str() + hash + 1, L"%lu.%lu%n", &order.incarnation, &order.sequence, &used) != 2 ||
+        hash + 1 + static_cast<std::size_t>(used) != tag.size())
         return false;
-    try {
-        std::size_t used = 0;
-        const std::wstring incarnation = tag.substr(hash + 1, dot - hash - 1);
-        const std::wstring sequence = tag.substr(dot + 1);
-        order.incarnation = std::stoul(incarnation, &used);
-        if (used != incarnation.size())
-            return false;
-        order.sequence = std::stoul(sequence, &used);
-        if (used != sequence.size())
-            return false;
-    } catch (const std::exception&) {
-        return false;
-    }
     name = tag.substr(0, hash);
     return true;
 }

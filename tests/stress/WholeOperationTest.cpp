@@ -19,7 +19,7 @@
 #include <cstring>
 #include <functional>
 #include <fstream>
-#include <map>
+#include <set>
 #include <stdexcept>
 #include <iostream>
 #include <random>
@@ -54,54 +54,28 @@ std::wstring networkOf(long record)
     return L"Whole network " + std::to_wstring(record);
 }
 
-class Key {
-public:
-    Key(HKEY parent, const std::wstring& name, REGSAM access)
-        : m_status(RegOpenKeyExW(parent, name.c_str(), 0, access, &m_key))
-    {
-    }
-    ~Key()
-    {
-        if (m_status == ERROR_SUCCESS)
-            RegCloseKey(m_key);
-    }
-    bool open() const { return m_status == ERROR_SUCCESS; }
-    HKEY get() const { return m_key; }
-
-private:
-    HKEY m_key = nullptr;
-    LONG m_status;
-};
-
-std::vector<std::wstring> subkeysOf(HKEY key)
+// Calls visit(key, value name, data) for every value of every subkey of `parent`.
+template <class Visit>
+void forEachValue(const std::wstring& parent, REGSAM access, Visit visit)
 {
-    std::vector<std::wstring> names;
-    for (DWORD index = 0;; ++index) {
-        wchar_t name[256];
-        DWORD units = 256;
-        if (RegEnumKeyExW(key, index, name, &units, nullptr, nullptr, nullptr, nullptr) != ERROR_SUCCESS)
-            return names;
-        names.emplace_back(name, units);
-    }
-}
-
-struct Value {
-    std::wstring name;
-    std::string data;
-};
-
-std::vector<Value> valuesOf(HKEY key)
-{
-    std::vector<Value> values;
-    for (DWORD index = 0;; ++index) {
-        wchar_t name[512];
-        DWORD units = 512;
+    HKEY top = nullptr;
+    if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, parent.c_str(), 0, KEY_READ, &top) != ERROR_SUCCESS)
+        return;
+    wchar_t name[512];
+    DWORD units = 512;
+    for (DWORD k = 0; RegEnumKeyExW(top, k, name, &units, nullptr, nullptr, nullptr, nullptr) == ERROR_SUCCESS;
+         ++k, units = 512) {
+        HKEY key = nullptr;
+        if (RegOpenKeyExW(top, name, 0, access, &key) != ERROR_SUCCESS)
+            continue;
         BYTE data[4096];
         DWORD size = sizeof(data);
-        if (RegEnumValueW(key, index, name, &units, nullptr, nullptr, data, &size) != ERROR_SUCCESS)
-            return values;
-        values.push_back({std::wstring(name, units), std::string(reinterpret_cast<char*>(data), size)});
+        for (DWORD v = 0; (units = 512, RegEnumValueW(key, v, name, &units, nullptr, nullptr, data, &size)) == ERROR_SUCCESS;
+             ++v, size = sizeof(data))
+            visit(key, std::wstring(name, units), std::string(reinterpret_cast<char*>(data), size));
+        RegCloseKey(key);
     }
+    RegCloseKey(top);
 }
 
 // Whether the stored bytes are a record's form and nothing behind it.
@@ -110,20 +84,6 @@ bool isBareForm(const std::string& data)
     ZETFallbackSettings record;
     return record.deserialize(reinterpret_cast<const unsigned char*>(data.data()), static_cast<int>(data.size())) ==
            static_cast<int>(data.size());
-}
-
-// Calls visit(ownerKey, value) for every record of the database.
-template <class Visit>
-void forEachRecord(REGSAM access, Visit visit)
-{
-    Key database(HKEY_LOCAL_MACHINE, kDatabaseKey, KEY_READ);
-    if (!database.open())
-        return;
-    for (const std::wstring& owner : subkeysOf(database.get())) {
-        Key ownerKey(database.get(), owner, access);
-        for (const Value& value : valuesOf(ownerKey.get()))
-            visit(ownerKey.get(), value);
-    }
 }
 
 void plantDatabase(long records)
@@ -142,12 +102,11 @@ void plantDatabase(long records)
 void strayEveryRecord()
 {
     zet::RegistryBatch batch;
-    forEachRecord(KEY_ALL_ACCESS, [](HKEY owner, const Value& value) {
-        if (!isBareForm(value.data))
-            return;
-        const std::string stray = value.data + '\xEE';
-        RegSetValueExW(owner, value.name.c_str(), 0, REG_BINARY, reinterpret_cast<const BYTE*>(stray.data()),
-                       static_cast<DWORD>(stray.size()));
+    forEachValue(kDatabaseKey, KEY_ALL_ACCESS, [](HKEY owner, const std::wstring& name, const std::string& data) {
+        const std::string stray = data + '\xEE';
+        if (isBareForm(data))
+            RegSetValueExW(owner, name.c_str(), 0, REG_BINARY, reinterpret_cast<const BYTE*>(stray.data()),
+                           static_cast<DWORD>(stray.size()));
     });
 }
 
@@ -213,42 +172,32 @@ int checkFallback(long records)
 {
     WholeRead whole;
     long stray = 0, bare = 0;
-    forEachRecord(KEY_READ, [&](HKEY, const Value& value) { ++(isBareForm(value.data) ? bare : stray); });
-    std::cout << "records " << stray + bare << " stray " << stray << "\n";
-    if (stray != 0 && bare != 0) {
-        std::cerr << "VIOLATION: " << stray << " records with the stray byte and " << bare << " without\n";
-        return 1;
-    }
-    if (stray + bare < records) {
-        std::cerr << "VIOLATION: only " << stray + bare << " of " << records << " records\n";
-        return 1;
-    }
-    return 0;
+    forEachValue(kDatabaseKey, KEY_READ,
+                 [&](HKEY, const std::wstring&, const std::string& data) { ++(isBareForm(data) ? bare : stray); });
+    Violations fault;
+    fault.expect(stray == 0 || bare == 0, std::to_string(stray) + " records with the stray byte and " +
+                                              std::to_string(bare) + " without");
+    fault.expect(stray + bare >= records, "only " + std::to_string(stray + bare) + " of " + std::to_string(records) +
+                                              " records");
+    return fault.exitCode();
 }
 
 int checkImport(long values)
 {
     WholeRead whole;
-    std::map<long, long> generations;
+    std::set<uint32_t> generations;
     long found = 0;
-    for (long key = 0; key < kImportKeys; ++key) {
-        Key imported(HKEY_LOCAL_MACHINE, std::wstring(kImportKey) + L"\\Key" + std::to_wstring(key), KEY_READ);
-        if (!imported.open())
-            continue;
-        for (const Value& value : valuesOf(imported.get())) {
-            uint32_t generation = 0;
-            std::memcpy(&generation, value.data.data(), std::min<std::size_t>(4, value.data.size()));
-            ++generations[static_cast<long>(generation)];
-            ++found;
-        }
-    }
-    std::cout << "values " << found << " generations " << generations.size() << "\n";
-    if (found != 0 && (found != values || generations.size() != 1)) {
-        std::cerr << "VIOLATION: " << found << " of " << values << " values, from " << generations.size()
-                  << " imports\n";
-        return 1;
-    }
-    return 0;
+    forEachValue(kImportKey, KEY_READ, [&](HKEY, const std::wstring&, const std::string& data) {
+        uint32_t generation = 0;
+        std::memcpy(&generation, data.data(), std::min<std::size_t>(4, data.size()));
+        generations.insert(generation);
+        ++found;
+    });
+    Violations fault;
+    fault.expect(found == 0 || (found == values && generations.size() == 1),
+                 std::to_string(found) + " of " + std::to_string(values) + " values, from " +
+                     std::to_string(generations.size()) + " imports");
+    return fault.exitCode();
 }
 
 // ---- the driver -----------------------------------------------------------------------------
