@@ -11,7 +11,6 @@
 #include <map>
 #include <memory>
 #include <random>
-#include <set>
 #include <sstream>
 #include <thread>
 
@@ -24,67 +23,90 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-const unsigned kAlertsPerThread = 32;
-const unsigned kUsersPerThread = 8;
-const unsigned kProfilesPerThread = 4;
-const unsigned kFallbackPerThread = 2;
-
 std::wstring walkName(unsigned index)
 {
     return L"walk-e" + std::to_wstring(index);
 }
 
-std::wstring recordName(const wchar_t* kind, long process, long thread, unsigned k)
+std::wstring numbered(const wchar_t* prefix, long process, long thread, unsigned k)
 {
-    return kind + std::to_wstring(process) + L"-t" + std::to_wstring(thread) + L"-n" + std::to_wstring(k);
+    return prefix + std::to_wstring(process) + L"-t" + std::to_wstring(thread) + L"-n" + std::to_wstring(k);
 }
 
-std::wstring ownerName(long process)
+// "<owner>/<network>": the owner is the process's, shared by its threads, and its case is the
+// store's to change; the network's is kept, so it is lower case already for the tag's sake.
+std::pair<std::wstring, std::wstring> fallbackPlace(const std::wstring& name)
 {
-    return L"Cont-Owner-P" + std::to_wstring(process);
+    return {name.substr(0, name.find(L'/')), name.substr(name.find(L'/') + 1)};
 }
 
-int alertNumber(long process, long thread, unsigned k)
-{
-    return static_cast<int>(100000 + process * 1000 + thread * 100 + k);
-}
-
-// The records that one thread writes and reads back by name: a user's settings and a profile.
-// `read` gives whether the record is there, and its tag when it is one whole form.
-struct RecordKind {
-    const wchar_t* prefix;
+// What the threads write and read back by name: each kind's read says whether the record is
+// there, and gives the state it holds, empty when that is not whole.
+struct Kind {
+    const char* what;
     unsigned perThread;
-    void (*write)(const std::wstring& name, const std::wstring& tag);
-    bool (*read)(const std::wstring& name, std::wstring& tag);
+    std::wstring (*name)(long process, long thread, unsigned k);
+    void (*write)(const std::wstring& name, const std::wstring& state);
+    bool (*read)(const std::wstring& name, std::wstring& state);
+    bool onOff;     // states are "0" and "1", not tags
+    bool lastWins;  // reads back as written last; else only whole
 };
 
-const RecordKind kKinds[] = {
-    {L"u-p", kUsersPerThread,
+const Kind kKinds[] = {
+    // Read below the library, where a lost state shows, and through it, which must agree.
+    {"alert ", 32, [](long p, long t, unsigned k) { return std::to_wstring(100000 + p * 1000 + t * 100 + k); },
+     [](const std::wstring& name, const std::wstring& state) {
+         ZETSettings::updateAlertNotificationState(std::stoi(name), state == L"1");
+     },
+     [](const std::wstring& name, std::wstring& state) {
+         ZETAlertSettings stored;
+         const std::string read = readStored(kAlertValue, stored);
+         const auto found = stored.states.find(TSerVar<unsigned int>(std::stoi(name)));
+         if (read == "absent" || (read.empty() && found == stored.states.end()))
+             return false;
+         const bool agrees =
+             read.empty() && found->second.value == unsigned(ZETSettings::isAlertNotificationEnabled(std::stoi(name)));
+         state = agrees ? std::to_wstring(found->second.value) : L"";
+         return true;
+     },
+     true, true},
+    {"user ", 8, [](long p, long t, unsigned k) { return numbered(L"u-p", p, t, k); },
      [](const std::wstring& name, const std::wstring& tag) { ZETSettings::setUserSettings(name, userForm(tag)); },
      [](const std::wstring& name, std::wstring& tag) {
          const boost::shared_ptr<ZETUserSettings> record = ZETSettings::getUserSettings(name);
          tag = record && isUserForm(*record) ? record->userText : L"";
          return bool(record);
-     }},
-    {L"cont-p", kProfilesPerThread,
+     },
+     false, true},
+    {"profile ", 4, [](long p, long t, unsigned k) { return numbered(L"cont-p", p, t, k); },
      [](const std::wstring& name, const std::wstring& tag) { ZETSettings::setNetworkSettings(name, profileForm(tag)); },
      [](const std::wstring& name, std::wstring& tag) {
          const boost::shared_ptr<ZETNetworkSettings> record = ZETSettings::getNetworkSettings(name);
          tag = record && isProfileForm(*record) ? record->profileText : L"";
          return bool(record);
-     }},
+     },
+     false, true},
+    // Writers of the fallback database in other processes may put back an older form of a
+    // record (their rewrite of the whole database is ordered only within a process), so the
+    // check is that it is there and whole.
+    {"fallback record ", 2,
+     [](long p, long t, unsigned k) {
+         return L"Cont-Owner-P" + std::to_wstring(p) + L"/t" + std::to_wstring(t) + L"n" + std::to_wstring(k);
+     },
+     [](const std::wstring& name, const std::wstring& tag) {
+         ZETSettings::setFallbackSettings(fallbackForm(fallbackPlace(name).first, fallbackPlace(name).second, tag));
+     },
+     [](const std::wstring& name, std::wstring& tag) {
+         const auto record = ZETSettings::getFallbackSettings(fallbackPlace(name).first, fallbackPlace(name).second);
+         if (!record || !isFallbackForm(*record, tag))
+             tag.clear();
+         return bool(record);
+     },
+     false, false},
 };
-const std::size_t kUsers = 0, kProfiles = 1;
+const std::size_t kAlerts = 0, kUsers = 1, kProfiles = 2, kFallback = 3, kKindCount = 4;
 // Only the first process writes users' settings; the others read them.
 const long kUserWriters = 1;
-
-// A record that someone else may have written: absent, or whole with a tag of its own name.
-bool isAbsentOrOwnTag(const RecordKind& kind, const std::wstring& name)
-{
-    std::wstring tag, tagName;
-    TagOrder order;
-    return !kind.read(name, tag) || (parseTag(tag, tagName, order) && tagName == name);
-}
 
 std::string logPath(const std::string& run, long process)
 {
@@ -97,14 +119,28 @@ struct Setup {
     unsigned walkLength;
 };
 
+Setup setupOf(const Options& options)
+{
+    return {options.number("processes", 8), options.number("threads", 4),
+            static_cast<unsigned>(options.number("walk", 61))};
+}
+
+// What the threads wrote, in their logs: how often each place of the walk was handed out, and
+// per kind every name with its last state.
+struct Written {
+    std::vector<unsigned long> places;
+    std::array<std::map<std::wstring, std::wstring>, kKindCount> states;
+    unsigned long operations = 0;
+};
+
 // One thread's share of the mix, with what it last wrote so that it can tell a lost entry.
 class ContentionThread {
 public:
     ContentionThread(const Setup& setup, long process, long thread, unsigned seed)
         : m_setup(setup), m_process(process), m_thread(thread), m_random(seed),
-          fault("(process " + std::to_string(process) + ", thread " + std::to_string(thread) + ") "),
-          m_places(setup.walkLength + 1, 0)
+          fault("(process " + std::to_string(process) + ", thread " + std::to_string(thread) + ") ")
     {
+        m_written.places.assign(setup.walkLength + 1, 0);
     }
 
     void runUntil(Clock::time_point end)
@@ -114,41 +150,33 @@ public:
             if (pick < 30)
                 stepWalk();
             else if (pick < 45)
-                alertOperation();
+                ownOperation(kAlerts);
             else if (pick < 60)
-                m_process < kUserWriters ? ownRecordOperation(kUsers) : readOtherRecord(kUsers, kUserWriters);
+                m_process < kUserWriters ? ownOperation(kUsers) : readOther(kUsers, kUserWriters);
             else if (pick < 75)
-                ownRecordOperation(kProfiles);
+                ownOperation(kProfiles);
             else if (pick < 77)
-                fallbackOperation();
+                ownOperation(kFallback);
             else
                 readShared();
-            ++m_operations;
+            ++m_written.operations;
         }
     }
 
     void writeLog(std::ostream& log) const
     {
-        for (unsigned place = 1; place < m_places.size(); ++place)
-            log << "W " << place << " " << m_places[place] << "\n";
-        for (const auto& alert : m_alerts)
-            log << "A " << alert.first << " " << alert.second << "\n";
-        for (std::size_t kind = 0; kind < m_records.size(); ++kind)
-            for (const auto& record : m_records[kind])
-                log << "R" << kind << " " << narrow(record.first) << " " << narrow(record.second) << "\n";
-        for (const std::wstring& network : m_fallbackNetworks)
-            log << "F " << narrow(ownerName(m_process)) << " " << narrow(network) << "\n";
-        log << "O " << m_operations << "\n";
+        for (unsigned place = 1; place < m_written.places.size(); ++place)
+            log << "W " << place << " " << m_written.places[place] << "\n";
+        for (std::size_t kind = 0; kind < kKindCount; ++kind)
+            for (const auto& record : m_written.states[kind])
+                log << kind << " " << narrow(record.first) << " " << narrow(record.second) << "\n";
+        log << "O " << m_written.operations << "\n";
     }
 
     int faults() const { return fault.count(); }
 
 private:
     unsigned draw(unsigned below) { return std::uniform_int_distribution<unsigned>(0, below - 1)(m_random); }
-    std::wstring tag(const std::wstring& name)
-    {
-        return makeTag(name, static_cast<unsigned long>(m_process), ++m_sequence);
-    }
 
     // Nobody but this walk's steps touches the list, and nobody stops it, so every step hands
     // out an entry, and only a step past the end comes back to the first.
@@ -161,69 +189,38 @@ private:
             index >= m_setup.walkLength || entry->netName != walkName(index))
             return fault("the walk handed out '" + (entry ? narrow(entry->netName) : std::string("nothing")) + "'");
         const unsigned place = index + 1;
-        ++m_places[place];
+        ++m_written.places[place];
         if (wrapped != (place == 1))
             fault("place " + std::to_string(place) + " came with wrapped " + (wrapped ? "true" : "false"));
     }
 
-    // Only this thread writes its alerts. A lost entry reads as enabled, never seen: so it
-    // shows when the state last written was false.
-    void alertOperation()
-    {
-        const unsigned k = draw(kAlertsPerThread);
-        const int alert = alertNumber(m_process, m_thread, k);
-        const auto written = m_alerts.find(alert);
-        if (draw(2) == 0 && written != m_alerts.end()) {
-            if (ZETSettings::isAlertNotificationEnabled(alert) != written->second)
-                fault("alert " + std::to_string(alert) + " lost its state " + std::to_string(written->second));
-            return;
-        }
-        const bool enabled = draw(2) == 1;
-        ZETSettings::updateAlertNotificationState(alert, enabled);
-        m_alerts[alert] = enabled;
-    }
-
     // Only this thread writes these records: each reads back as it last wrote it.
-    void ownRecordOperation(std::size_t which)
+    void ownOperation(std::size_t which)
     {
-        const RecordKind& kind = kKinds[which];
-        const std::wstring name = recordName(kind.prefix, m_process, m_thread, draw(kind.perThread));
-        auto& written = m_records[which];
+        const Kind& kind = kKinds[which];
+        const std::wstring name = kind.name(m_process, m_thread, draw(kind.perThread));
+        auto& written = m_written.states[which];
         const auto last = written.find(name);
         if (draw(2) == 0 && last != written.end()) {
             std::wstring found;
-            if (!kind.read(name, found) || found != last->second)
-                fault(narrow(name) + " does not read back as written last: '" + narrow(found) + "'");
+            if (!kind.read(name, found) || found.empty() || (kind.lastWins && found != last->second))
+                fault(kind.what + narrow(name) + " does not read back as written last: '" + narrow(found) + "'");
             return;
         }
-        written[name] = tag(name);
+        written[name] = kind.onOff ? std::to_wstring(draw(2)) : makeTag(lowerCase(name), m_process, ++m_sequence);
         kind.write(name, written[name]);
     }
 
-    void readOtherRecord(std::size_t which, long writers)
+    // A record that someone else may have written: absent, or whole with a tag of its own name.
+    void readOther(std::size_t which, long writers)
     {
-        const RecordKind& kind = kKinds[which];
-        const std::wstring name = recordName(kind.prefix, draw(static_cast<unsigned>(writers)),
-                                             draw(static_cast<unsigned>(m_setup.threads)), draw(kind.perThread));
-        if (!isAbsentOrOwnTag(kind, name))
-            fault(narrow(name) + " holds a form never written");
-    }
-
-    // Writers of the fallback database in other processes may put back an older form of this
-    // record (their rewrite of the whole database is ordered only within a process), so the
-    // check is that it is there and whole.
-    void fallbackOperation()
-    {
-        const std::wstring network =
-            L"T" + std::to_wstring(m_thread) + L"N" + std::to_wstring(draw(kFallbackPerThread));
-        ZETSettings::setFallbackSettings(
-            fallbackForm(ownerName(m_process), network, tag(lowerCase(ownerName(m_process)) + L"/" + network)));
-        m_fallbackNetworks.insert(network);
-        const boost::shared_ptr<ZETFallbackSettings> record =
-            ZETSettings::getFallbackSettings(ownerName(m_process), network);
-        std::wstring seen;
-        if (!record || !isFallbackForm(*record, seen))
-            fault("fallback record " + narrow(ownerName(m_process)) + "/" + narrow(network) + " is not whole");
+        const Kind& kind = kKinds[which];
+        const std::wstring name = kind.name(draw(static_cast<unsigned>(writers)),
+                                            draw(static_cast<unsigned>(m_setup.threads)), draw(kind.perThread));
+        std::wstring found, tagName;
+        TagOrder order;
+        if (kind.read(name, found) && (!parseTag(found, tagName, order) || tagName != name))
+            fault(kind.what + narrow(name) + " holds a form never written");
     }
 
     void readShared()
@@ -235,7 +232,7 @@ private:
         if (!same || !listFault(*list).empty())
             fault("the walk's list changed: position " + std::to_string(list->position) + ", " +
                   std::to_string(list->entries.size()) + " entries " + listFault(*list));
-        readOtherRecord(kProfiles, m_setup.processes);
+        readOther(kProfiles, m_setup.processes);
     }
 
     Setup m_setup;
@@ -243,29 +240,11 @@ private:
     long m_thread;
     std::mt19937 m_random;
     unsigned long m_sequence = 0;
-    unsigned long m_operations = 0;
     Violations fault;
-    std::vector<unsigned long> m_places;
-    std::map<int, bool> m_alerts;
-    std::array<std::map<std::wstring, std::wstring>, 2> m_records;
-    std::set<std::wstring> m_fallbackNetworks;
+    Written m_written;
 };
-
-Setup setupOf(const Options& options)
-{
-    return {options.number("processes", 8), options.number("threads", 4),
-            static_cast<unsigned>(options.number("walk", 61))};
-}
 
 // ---- the final check -----------------------------------------------------------------------
-
-struct Written {
-    std::vector<unsigned long> places;
-    std::map<unsigned, bool> alerts;
-    std::map<std::string, std::string> records[2];
-    std::vector<std::pair<std::string, std::string>> fallback;
-    unsigned long operations = 0;
-};
 
 std::wstring widen(const std::string& text)
 {
@@ -282,14 +261,10 @@ void readLog(const std::string& path, Written& written)
         fields >> kind >> a >> b;
         if (kind == "W" && std::stoul(a) < written.places.size())
             written.places[std::stoul(a)] += std::stoul(b);
-        else if (kind == "A")
-            written.alerts[static_cast<unsigned>(std::stol(a))] = b == "1";
-        else if (kind == "R0" || kind == "R1")
-            written.records[kind[1] - '0'][a] = b;
-        else if (kind == "F")
-            written.fallback.emplace_back(a, b);
         else if (kind == "O")
             written.operations += std::stoul(a);
+        else if (std::stoul(kind) < kKindCount)
+            written.states[std::stoul(kind)][widen(a)] = widen(b);
     }
 }
 
@@ -305,11 +280,16 @@ public:
     int run()
     {
         checkWalk();
-        checkAlerts();
-        checkRecords();
+        for (std::size_t which = 0; which < kKindCount; ++which)
+            for (const auto& record : m_written.states[which]) {
+                std::wstring found;
+                const Kind& kind = kKinds[which];
+                if (!kind.read(record.first, found) || found.empty() || (kind.lastWins && found != record.second))
+                    fault(kind.what + narrow(record.first) + " was lost, torn or went back");
+            }
         std::cout << "steps " << m_steps << " operations " << m_written.operations << " alerts "
-                  << m_written.alerts.size() << " users " << m_written.records[kUsers].size() << " profiles "
-                  << m_written.records[kProfiles].size() << " fallback " << m_written.fallback.size() << "\n";
+                  << m_written.states[kAlerts].size() << " users " << m_written.states[kUsers].size() << " profiles "
+                  << m_written.states[kProfiles].size() << " fallback " << m_written.states[kFallback].size() << "\n";
         return fault.exitCode();
     }
 
@@ -337,39 +317,6 @@ private:
         if (stored.position != m_steps % n + 1)
             fault("the walk stands at " + std::to_string(stored.position) + " after " + std::to_string(m_steps) +
                   " steps; " + std::to_string(m_steps % n + 1) + " expected");
-    }
-
-    void checkAlerts()
-    {
-        ZETAlertSettings stored;
-        const std::string read = readStored(kAlertValue, stored);
-        if (!read.empty())
-            return fault("the alert states are " + read);
-        for (const auto& alert : m_written.alerts) {
-            const auto found = stored.states.find(TSerVar<unsigned int>(alert.first));
-            if (found == stored.states.end())
-                fault("alert " + std::to_string(alert.first) + " was lost");
-            else if (found->second.value != (alert.second ? 1u : 0u))
-                fault("alert " + std::to_string(alert.first) + " holds " + std::to_string(found->second.value) +
-                      ", not its last state");
-        }
-    }
-
-    void checkRecords()
-    {
-        for (std::size_t kind = 0; kind < 2; ++kind)
-            for (const auto& record : m_written.records[kind]) {
-                std::wstring tag;
-                if (!kKinds[kind].read(widen(record.first), tag) || narrow(tag) != record.second)
-                    fault(record.first + " was lost or went back");
-            }
-        for (const auto& place : m_written.fallback) {
-            const boost::shared_ptr<ZETFallbackSettings> record =
-                ZETSettings::getFallbackSettings(widen(place.first), widen(place.second));
-            std::wstring tag;
-            if (!record || !isFallbackForm(*record, tag))
-                fault("fallback record " + place.first + "/" + place.second + " was lost or is not whole");
-        }
     }
 
     Setup m_setup;
