@@ -15,7 +15,6 @@
 #include <fstream>
 #include <iostream>
 #include <map>
-#include <sstream>
 
 #include "FaultItems.h"
 #include "Forms.h"
@@ -42,31 +41,26 @@ bool becomeNobody()
     return setgroups(0, nullptr) == 0 && setgid(kNobody) == 0 && setuid(kNobody) == 0;
 }
 
-// Writes every item in the given generation; true when each one reads back so.
-bool writeAll(int generation)
+// " name=state" of every item: as read, or all of `generation` when one is given.
+std::string statesOfItems(const int* generation = nullptr)
 {
-    bool all = true;
-    for (const Item& item : items()) {
-        item.write(generation);
-        all = item.read() == generation && all;
-    }
-    return all;
-}
-
-std::string statesOfItems()
-{
-    std::ostringstream states;
+    std::string states;
     for (const Item& item : items())
-        states << " " << item.name << "=" << nameOfState(item.read());
-    return states.str();
+        states += " " + std::string(item.name) + "=" + nameOfState(generation ? *generation : item.read());
+    return states;
 }
 
 bool allItemsRead(int generation)
 {
+    return statesOfItems() == statesOfItems(&generation);
+}
+
+// Writes every item in the given generation; true when each one reads back so.
+bool writeAll(int generation)
+{
     for (const Item& item : items())
-        if (item.read() != generation)
-            return false;
-    return true;
+        item.write(generation);
+    return allItemsRead(generation);
 }
 
 LONG setFill(HKEY key, int index)

@@ -228,8 +228,6 @@ std::vector<std::string> secretBytes()
     return forms;
 }
 
-}  // namespace
-
 // A write that reports nothing: whether it was made shows only in a read.
 std::function<Reported(int)> silent(void (*write)(int generation))
 {
@@ -238,6 +236,8 @@ std::function<Reported(int)> silent(void (*write)(int generation))
         return Reported::Silent;
     };
 }
+
+}  // namespace
 
 const std::vector<Item>& items()
 {
