@@ -1,7 +1,6 @@
 #include "Processes.h"
 
 #include <fcntl.h>
-#include <poll.h>
 #include <signal.h>
 #include <stdlib.h>
 #include <sys/mman.h>
@@ -125,33 +124,25 @@ void killAndReap(pid_t pid)
     }
 }
 
+// The output goes to an unlinked file rather than a pipe, so a child that writes much never
+// blocks on a reader.
 Ending runSelf(const std::vector<std::string>& args, int milliseconds, std::string& output,
                const Environment& environment)
 {
-    int fds[2];
-    if (pipe2(fds, O_CLOEXEC) != 0)
-        throw std::runtime_error("pipe failed");
-    const pid_t pid = startWithOutput(zettest::kThisProgram, args, fds[1], environment);
-    close(fds[1]);
-    const Clock::time_point deadline = Clock::now() + std::chrono::milliseconds(milliseconds);
-    output.clear();
-    bool open = true;
-    while (open && Clock::now() < deadline) {
-        pollfd readable = {fds[0], POLLIN, 0};
-        if (poll(&readable, 1, 50) <= 0)
-            continue;
-        char chunk[4096];
-        const ssize_t got = read(fds[0], chunk, sizeof(chunk));
-        if (got > 0)
-            output.append(chunk, static_cast<std::size_t>(got));
-        else if (got == 0 || errno != EINTR)
-            open = false;
-    }
-    close(fds[0]);
-    const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now()).count();
-    const Ending ending = waitWithin(pid, static_cast<int>(std::max<long long>(left, 1)));
+    char path[] = "/tmp/zetsettings-output-XXXXXX";
+    const int fd = mkostemp(path, O_CLOEXEC);
+    if (fd < 0)
+        throw std::runtime_error("no file for a child's output");
+    unlink(path);
+    const pid_t pid = startWithOutput(zettest::kThisProgram, args, fd, environment);
+    const Ending ending = waitWithin(pid, milliseconds);
     if (!ending.finished)
         killAndReap(pid);
+    output.clear();
+    char chunk[4096];
+    for (ssize_t got; (got = pread(fd, chunk, sizeof(chunk), static_cast<off_t>(output.size()))) > 0;)
+        output.append(chunk, static_cast<std::size_t>(got));
+    close(fd);
     return ending;
 }
 
