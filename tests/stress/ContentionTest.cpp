@@ -268,62 +268,30 @@ void readLog(const std::string& path, Written& written)
     }
 }
 
-class ContentionCheck {
-public:
-    ContentionCheck(const Setup& setup, const std::string& run) : m_setup(setup)
-    {
-        m_written.places.assign(setup.walkLength + 1, 0);
-        for (long process = 0; process < setup.processes; ++process)
-            readLog(logPath(run, process), m_written);
-    }
-
-    int run()
-    {
-        checkWalk();
-        for (std::size_t which = 0; which < kKindCount; ++which)
-            for (const auto& record : m_written.states[which]) {
-                std::wstring found;
-                const Kind& kind = kKinds[which];
-                if (!kind.read(record.first, found) || found.empty() || (kind.lastWins && found != record.second))
-                    fault(kind.what + narrow(record.first) + " was lost, torn or went back");
-            }
-        std::cout << "steps " << m_steps << " operations " << m_written.operations << " alerts "
-                  << m_written.states[kAlerts].size() << " users " << m_written.states[kUsers].size() << " profiles "
-                  << m_written.states[kProfiles].size() << " fallback " << m_written.states[kFallback].size() << "\n";
-        return fault.exitCode();
-    }
-
-private:
-    // The driver's first step handed out place 1; step k after it must have handed out place
-    // k mod n + 1. So over all processes each place was handed out a known number of times,
-    // and the stored position is that of the last step: a step lost or repeated shows in both.
-    void checkWalk()
-    {
-        const unsigned n = m_setup.walkLength;
-        for (unsigned place = 1; place <= n; ++place)
-            m_steps += m_written.places[place];
-        std::vector<unsigned long> expected(n + 1, m_steps / n);
-        for (unsigned place = 1; place <= m_steps % n; ++place)
-            ++expected[place + 1];
-        for (unsigned place = 1; place <= n; ++place)
-            if (m_written.places[place] != expected[place])
-                fault("place " + std::to_string(place) + " was handed out " + std::to_string(m_written.places[place]) +
-                      " times, " + std::to_string(expected[place]) + " expected from " + std::to_string(m_steps) +
-                      " steps");
-        ZETPreferredNetworks stored;
-        const std::string read = readStored(kListValue, stored);
-        if (!read.empty())
-            return fault("the walk's list is " + read);
-        if (stored.position != m_steps % n + 1)
-            fault("the walk stands at " + std::to_string(stored.position) + " after " + std::to_string(m_steps) +
-                  " steps; " + std::to_string(m_steps % n + 1) + " expected");
-    }
-
-    Setup m_setup;
-    Written m_written;
-    unsigned long m_steps = 0;
-    Violations fault;
-};
+// The driver's first step handed out place 1; step k after it must have handed out place
+// k mod n + 1. So over all processes each place was handed out a known number of times, and
+// the stored position is that of the last step: a step lost or repeated shows in both.
+unsigned long checkWalk(const std::vector<unsigned long>& places, unsigned n, Violations& fault)
+{
+    unsigned long steps = 0;
+    for (unsigned place = 1; place <= n; ++place)
+        steps += places[place];
+    std::vector<unsigned long> expected(n + 1, steps / n);
+    for (unsigned place = 1; place <= steps % n; ++place)
+        ++expected[place + 1];
+    for (unsigned place = 1; place <= n; ++place)
+        fault.expect(places[place] == expected[place], "place " + std::to_string(place) + " was handed out " +
+                                                           std::to_string(places[place]) + " times, " +
+                                                           std::to_string(expected[place]) + " expected from " +
+                                                           std::to_string(steps) + " steps");
+    ZETPreferredNetworks stored;
+    const std::string read = readStored(kListValue, stored);
+    fault.expect(read.empty(), "the walk's list is " + read);
+    fault.expect(!read.empty() || stored.position == steps % n + 1,
+                 "the walk stands at " + std::to_string(stored.position) + " after " + std::to_string(steps) +
+                     " steps; " + std::to_string(steps % n + 1) + " expected");
+    return steps;
+}
 
 }  // namespace
 
@@ -352,7 +320,24 @@ int contentionWorker(const Options& options)
 
 int contentionCheck(const Options& options)
 {
-    return ContentionCheck(setupOf(options), options.text("run", ".")).run();
+    const Setup setup = setupOf(options);
+    Written written;
+    written.places.assign(setup.walkLength + 1, 0);
+    for (long process = 0; process < setup.processes; ++process)
+        readLog(logPath(options.text("run", "."), process), written);
+    Violations fault;
+    const unsigned long steps = checkWalk(written.places, setup.walkLength, fault);
+    for (std::size_t which = 0; which < kKindCount; ++which)
+        for (const auto& record : written.states[which]) {
+            std::wstring found;
+            const Kind& kind = kKinds[which];
+            if (!kind.read(record.first, found) || found.empty() || (kind.lastWins && found != record.second))
+                fault(kind.what + narrow(record.first) + " was lost, torn or went back");
+        }
+    std::cout << "steps " << steps << " operations " << written.operations << " alerts "
+              << written.states[kAlerts].size() << " users " << written.states[kUsers].size() << " profiles "
+              << written.states[kProfiles].size() << " fallback " << written.states[kFallback].size() << "\n";
+    return fault.exitCode();
 }
 
 int contentionDriver(const Options& options)
