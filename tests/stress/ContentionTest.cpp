@@ -3,6 +3,7 @@
 // as it last wrote them, nothing torn, the walk's list intact); at the end a fresh process
 // checks the union: every place of the walk handed out exactly once per lap, in order, and
 // every entry that somebody wrote and nobody removed still there with its last state.
+#include <array>
 #include <chrono>
 #include <cwchar>
 #include <fstream>
@@ -10,7 +11,6 @@
 #include <map>
 #include <memory>
 #include <random>
-#include <set>
 #include <sstream>
 #include <thread>
 
@@ -23,40 +23,90 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-const unsigned kAlertsPerThread = 32;
-const unsigned kUsersPerThread = 8;
-const unsigned kProfilesPerThread = 4;
-const unsigned kFallbackPerThread = 2;
-
 std::wstring walkName(unsigned index)
 {
     return L"walk-e" + std::to_wstring(index);
 }
 
-std::wstring userName(long process, long thread, unsigned k)
+std::wstring numbered(const wchar_t* prefix, long process, long thread, unsigned k)
 {
-    return L"u-p" + std::to_wstring(process) + L"-t" + std::to_wstring(thread) + L"-k" + std::to_wstring(k);
+    return prefix + std::to_wstring(process) + L"-t" + std::to_wstring(thread) + L"-n" + std::to_wstring(k);
 }
 
-std::wstring profileName(long process, long thread, unsigned k)
+// "<owner>/<network>": the owner is the process's, shared by its threads, and its case is the
+// store's to change; the network's is kept, so it is lower case already for the tag's sake.
+std::pair<std::wstring, std::wstring> fallbackPlace(const std::wstring& name)
 {
-    return L"cont-p" + std::to_wstring(process) + L"-t" + std::to_wstring(thread) + L"-n" + std::to_wstring(k);
+    return {name.substr(0, name.find(L'/')), name.substr(name.find(L'/') + 1)};
 }
 
-std::wstring ownerName(long process)
-{
-    return L"Cont-Owner-P" + std::to_wstring(process);
-}
+// What the threads write and read back by name: each kind's read says whether the record is
+// there, and gives the state it holds, empty when that is not whole.
+struct Kind {
+    const char* what;
+    unsigned perThread;
+    std::wstring (*name)(long process, long thread, unsigned k);
+    void (*write)(const std::wstring& name, const std::wstring& state);
+    bool (*read)(const std::wstring& name, std::wstring& state);
+    bool onOff;     // states are "0" and "1", not tags
+    bool lastWins;  // reads back as written last; else only whole
+};
 
-std::wstring storedOwnerName(long process)
-{
-    return L"cont-owner-p" + std::to_wstring(process);
-}
-
-int alertNumber(long process, long thread, unsigned k)
-{
-    return static_cast<int>(100000 + process * 1000 + thread * 100 + k);
-}
+const Kind kKinds[] = {
+    // Read below the library, where a lost state shows, and through it, which must agree.
+    {"alert ", 32, [](long p, long t, unsigned k) { return std::to_wstring(100000 + p * 1000 + t * 100 + k); },
+     [](const std::wstring& name, const std::wstring& state) {
+         ZETSettings::updateAlertNotificationState(std::stoi(name), state == L"1");
+     },
+     [](const std::wstring& name, std::wstring& state) {
+         ZETAlertSettings stored;
+         const std::string read = readStored(kAlertValue, stored);
+         const auto found = stored.states.find(TSerVar<unsigned int>(std::stoi(name)));
+         if (read == "absent" || (read.empty() && found == stored.states.end()))
+             return false;
+         const bool agrees =
+             read.empty() && found->second.value == unsigned(ZETSettings::isAlertNotificationEnabled(std::stoi(name)));
+         state = agrees ? std::to_wstring(found->second.value) : L"";
+         return true;
+     },
+     true, true},
+    {"user ", 8, [](long p, long t, unsigned k) { return numbered(L"u-p", p, t, k); },
+     [](const std::wstring& name, const std::wstring& tag) { ZETSettings::setUserSettings(name, userForm(tag)); },
+     [](const std::wstring& name, std::wstring& tag) {
+         const boost::shared_ptr<ZETUserSettings> record = ZETSettings::getUserSettings(name);
+         tag = record && isUserForm(*record) ? record->userText : L"";
+         return bool(record);
+     },
+     false, true},
+    {"profile ", 4, [](long p, long t, unsigned k) { return numbered(L"cont-p", p, t, k); },
+     [](const std::wstring& name, const std::wstring& tag) { ZETSettings::setNetworkSettings(name, profileForm(tag)); },
+     [](const std::wstring& name, std::wstring& tag) {
+         const boost::shared_ptr<ZETNetworkSettings> record = ZETSettings::getNetworkSettings(name);
+         tag = record && isProfileForm(*record) ? record->profileText : L"";
+         return bool(record);
+     },
+     false, true},
+    // Writers of the fallback database in other processes may put back an older form of a
+    // record (their rewrite of the whole database is ordered only within a process), so the
+    // check is that it is there and whole.
+    {"fallback record ", 2,
+     [](long p, long t, unsigned k) {
+         return L"Cont-Owner-P" + std::to_wstring(p) + L"/t" + std::to_wstring(t) + L"n" + std::to_wstring(k);
+     },
+     [](const std::wstring& name, const std::wstring& tag) {
+         ZETSettings::setFallbackSettings(fallbackForm(fallbackPlace(name).first, fallbackPlace(name).second, tag));
+     },
+     [](const std::wstring& name, std::wstring& tag) {
+         const auto record = ZETSettings::getFallbackSettings(fallbackPlace(name).first, fallbackPlace(name).second);
+         if (!record || !isFallbackForm(*record, tag))
+             tag.clear();
+         return bool(record);
+     },
+     false, false},
+};
+const std::size_t kAlerts = 0, kUsers = 1, kProfiles = 2, kFallback = 3, kKindCount = 4;
+// Only the first process writes users' settings; the others read them.
+const long kUserWriters = 1;
 
 std::string logPath(const std::string& run, long process)
 {
@@ -66,11 +116,21 @@ std::string logPath(const std::string& run, long process)
 struct Setup {
     long processes;
     long threads;
-    long userWriters;
     unsigned walkLength;
-    // A control: steps of the walk made of a read and a write under two separate holds of the
-    // lock, which orders nothing between them; the union check must then find places twice.
-    bool walkByReadThenWrite;
+};
+
+Setup setupOf(const Options& options)
+{
+    return {options.number("processes", 8), options.number("threads", 4),
+            static_cast<unsigned>(options.number("walk", 61))};
+}
+
+// What the threads wrote, in their logs: how often each place of the walk was handed out, and
+// per kind every name with its last state.
+struct Written {
+    std::vector<unsigned long> places;
+    std::array<std::map<std::wstring, std::wstring>, kKindCount> states;
+    unsigned long operations = 0;
 };
 
 // One thread's share of the mix, with what it last wrote so that it can tell a lost entry.
@@ -78,8 +138,9 @@ class ContentionThread {
 public:
     ContentionThread(const Setup& setup, long process, long thread, unsigned seed)
         : m_setup(setup), m_process(process), m_thread(thread), m_random(seed),
-          m_places(setup.walkLength + 1, 0)
+          fault("(process " + std::to_string(process) + ", thread " + std::to_string(thread) + ") ")
     {
+        m_written.places.assign(setup.walkLength + 1, 0);
     }
 
     void runUntil(Clock::time_point end)
@@ -89,157 +150,77 @@ public:
             if (pick < 30)
                 stepWalk();
             else if (pick < 45)
-                alertOperation();
+                ownOperation(kAlerts);
             else if (pick < 60)
-                userOperation();
+                m_process < kUserWriters ? ownOperation(kUsers) : readOther(kUsers, kUserWriters);
             else if (pick < 75)
-                profileOperation();
+                ownOperation(kProfiles);
             else if (pick < 77)
-                fallbackOperation();
+                ownOperation(kFallback);
             else
                 readShared();
-            ++m_operations;
+            ++m_written.operations;
         }
     }
 
     void writeLog(std::ostream& log) const
     {
-        for (unsigned place = 1; place < m_places.size(); ++place)
-            log << "W " << place << " " << m_places[place] << "\n";
-        for (const auto& alert : m_alerts)
-            log << "A " << alert.first << " " << alert.second << "\n";
-        for (const auto& user : m_users)
-            log << "U " << narrow(user.first) << " " << narrow(user.second) << "\n";
-        for (const auto& profile : m_profiles)
-            log << "P " << narrow(profile.first) << " " << narrow(profile.second) << "\n";
-        for (const std::wstring& network : m_fallbackNetworks)
-            log << "F " << narrow(ownerName(m_process)) << " " << narrow(network) << "\n";
-        log << "O " << m_operations << "\n";
+        for (unsigned place = 1; place < m_written.places.size(); ++place)
+            log << "W " << place << " " << m_written.places[place] << "\n";
+        for (std::size_t kind = 0; kind < kKindCount; ++kind)
+            for (const auto& record : m_written.states[kind])
+                log << kind << " " << narrow(record.first) << " " << narrow(record.second) << "\n";
+        log << "O " << m_written.operations << "\n";
     }
 
-    int faults() const { return m_faults; }
+    int faults() const { return fault.count(); }
 
 private:
     unsigned draw(unsigned below) { return std::uniform_int_distribution<unsigned>(0, below - 1)(m_random); }
-    std::wstring tag(const std::wstring& name)
-    {
-        return makeTag(name, static_cast<unsigned long>(m_process), ++m_sequence);
-    }
-
-    void fault(const std::string& what)
-    {
-        std::cerr << "VIOLATION (process " << m_process << ", thread " << m_thread << "): " << what << "\n";
-        ++m_faults;
-    }
 
     // Nobody but this walk's steps touches the list, and nobody stops it, so every step hands
     // out an entry, and only a step past the end comes back to the first.
     void stepWalk()
     {
         bool wrapped = false;
-        const boost::shared_ptr<ZETPreferredNetEntry> entry = m_setup.walkByReadThenWrite
-                                                                  ? stepByReadThenWrite(wrapped)
-                                                                  : ZETSettings::nextChooserPreferredNet(false, wrapped);
+        const boost::shared_ptr<ZETPreferredNetEntry> entry = ZETSettings::nextChooserPreferredNet(false, wrapped);
         unsigned index = 0;
         if (!entry || !isEntryForm(*entry) || swscanf(entry->netName.c_str(), L"walk-e%u", &index) != 1 ||
             index >= m_setup.walkLength || entry->netName != walkName(index))
             return fault("the walk handed out '" + (entry ? narrow(entry->netName) : std::string("nothing")) + "'");
         const unsigned place = index + 1;
-        ++m_places[place];
+        ++m_written.places[place];
         if (wrapped != (place == 1))
             fault("place " + std::to_string(place) + " came with wrapped " + (wrapped ? "true" : "false"));
     }
 
-    boost::shared_ptr<ZETPreferredNetEntry> stepByReadThenWrite(bool& wrapped)
+    // Only this thread writes these records: each reads back as it last wrote it.
+    void ownOperation(std::size_t which)
     {
-        const boost::shared_ptr<ZETPreferredNetworks> list = ZETSettings::getChooserPreferredNets();
-        if (list->entries.empty())
-            return boost::shared_ptr<ZETPreferredNetEntry>();
-        const unsigned next = list->position + 1u;
-        wrapped = next > list->entries.size();
-        list->position = static_cast<unsigned char>(wrapped ? 1 : next);
-        const boost::shared_ptr<ZETPreferredNetEntry> entry(
-            new ZETPreferredNetEntry(list->entries[list->position - 1u]));
-        ZETSettings::updateChooserPreferredNets(list);
-        return entry;
-    }
-
-    // Only this thread writes its alerts. A lost entry reads as enabled, never seen: so it
-    // shows when the state last written was false.
-    void alertOperation()
-    {
-        const unsigned k = draw(kAlertsPerThread);
-        const int alert = alertNumber(m_process, m_thread, k);
-        const auto written = m_alerts.find(alert);
-        if (draw(2) == 0 && written != m_alerts.end()) {
-            if (ZETSettings::isAlertNotificationEnabled(alert) != written->second)
-                fault("alert " + std::to_string(alert) + " lost its state " + std::to_string(written->second));
+        const Kind& kind = kKinds[which];
+        const std::wstring name = kind.name(m_process, m_thread, draw(kind.perThread));
+        auto& written = m_written.states[which];
+        const auto last = written.find(name);
+        if (draw(2) == 0 && last != written.end()) {
+            std::wstring found;
+            if (!kind.read(name, found) || found.empty() || (kind.lastWins && found != last->second))
+                fault(kind.what + narrow(name) + " does not read back as written last: '" + narrow(found) + "'");
             return;
         }
-        const bool enabled = draw(2) == 1;
-        ZETSettings::updateAlertNotificationState(alert, enabled);
-        m_alerts[alert] = enabled;
+        written[name] = kind.onOff ? std::to_wstring(draw(2)) : makeTag(lowerCase(name), m_process, ++m_sequence);
+        kind.write(name, written[name]);
     }
 
-    void userOperation()
+    // A record that someone else may have written: absent, or whole with a tag of its own name.
+    void readOther(std::size_t which, long writers)
     {
-        if (m_process >= m_setup.userWriters)
-            return readOtherUser();
-        const std::wstring name = userName(m_process, m_thread, draw(kUsersPerThread));
-        const auto written = m_users.find(name);
-        if (draw(2) == 0 && written != m_users.end()) {
-            const boost::shared_ptr<ZETUserSettings> record = ZETSettings::getUserSettings(name);
-            if (!record || record->userText != written->second || !isUserForm(*record))
-                fault("user " + narrow(name) + " does not read back as written last: " +
-                      (record ? narrow(record->userText) : std::string("absent")));
-            return;
-        }
-        const std::wstring form = tag(name);
-        ZETSettings::setUserSettings(name, userForm(form));
-        m_users[name] = form;
-    }
-
-    void readOtherUser()
-    {
-        const std::wstring name = userName(draw(static_cast<unsigned>(m_setup.userWriters)),
-                                           draw(static_cast<unsigned>(m_setup.threads)), draw(kUsersPerThread));
-        const boost::shared_ptr<ZETUserSettings> record = ZETSettings::getUserSettings(name);
-        std::wstring tagName;
+        const Kind& kind = kKinds[which];
+        const std::wstring name = kind.name(draw(static_cast<unsigned>(writers)),
+                                            draw(static_cast<unsigned>(m_setup.threads)), draw(kind.perThread));
+        std::wstring found, tagName;
         TagOrder order;
-        if (record && (!isUserForm(*record) || !parseTag(record->userText, tagName, order) || tagName != name))
-            fault("user " + narrow(name) + " holds a form never written");
-    }
-
-    void profileOperation()
-    {
-        const std::wstring name = profileName(m_process, m_thread, draw(kProfilesPerThread));
-        const auto written = m_profiles.find(name);
-        if (draw(2) == 0 && written != m_profiles.end()) {
-            const boost::shared_ptr<ZETNetworkSettings> record = ZETSettings::getNetworkSettings(name);
-            if (!record || record->profileText != written->second || !isProfileForm(*record))
-                fault("profile " + narrow(name) + " does not read back as written last");
-            return;
-        }
-        const std::wstring form = tag(name);
-        ZETSettings::setNetworkSettings(name, profileForm(form));
-        m_profiles[name] = form;
-    }
-
-    // Writers of the fallback database in other processes may put back an older form of this
-    // record (their rewrite of the whole database is ordered only within a process), so the
-    // check is that it is there and whole.
-    void fallbackOperation()
-    {
-        const std::wstring network =
-            L"T" + std::to_wstring(m_thread) + L"N" + std::to_wstring(draw(kFallbackPerThread));
-        ZETSettings::setFallbackSettings(
-            fallbackForm(ownerName(m_process), network, tag(storedOwnerName(m_process) + L"/" + network)));
-        m_fallbackNetworks.insert(network);
-        const boost::shared_ptr<ZETFallbackSettings> record =
-            ZETSettings::getFallbackSettings(ownerName(m_process), network);
-        std::wstring seen;
-        if (!record || !isFallbackForm(*record, seen))
-            fault("fallback record " + narrow(ownerName(m_process)) + "/" + narrow(network) + " is not whole");
+        if (kind.read(name, found) && (!parseTag(found, tagName, order) || tagName != name))
+            fault(kind.what + narrow(name) + " holds a form never written");
     }
 
     void readShared()
@@ -251,13 +232,7 @@ private:
         if (!same || !listFault(*list).empty())
             fault("the walk's list changed: position " + std::to_string(list->position) + ", " +
                   std::to_string(list->entries.size()) + " entries " + listFault(*list));
-        const std::wstring name = profileName(draw(static_cast<unsigned>(m_setup.processes)),
-                                              draw(static_cast<unsigned>(m_setup.threads)), draw(kProfilesPerThread));
-        const boost::shared_ptr<ZETNetworkSettings> record = ZETSettings::getNetworkSettings(name);
-        std::wstring tagName;
-        TagOrder order;
-        if (record && (!isProfileForm(*record) || !parseTag(record->profileText, tagName, order) || tagName != name))
-            fault("profile " + narrow(name) + " holds a form never written");
+        readOther(kProfiles, m_setup.processes);
     }
 
     Setup m_setup;
@@ -265,36 +240,11 @@ private:
     long m_thread;
     std::mt19937 m_random;
     unsigned long m_sequence = 0;
-    unsigned long m_operations = 0;
-    int m_faults = 0;
-    std::vector<unsigned long> m_places;
-    std::map<int, bool> m_alerts;
-    std::map<std::wstring, std::wstring> m_users;
-    std::map<std::wstring, std::wstring> m_profiles;
-    std::set<std::wstring> m_fallbackNetworks;
+    Violations fault;
+    Written m_written;
 };
-
-Setup setupOf(const Options& options)
-{
-    Setup setup;
-    setup.processes = options.number("processes", 8);
-    setup.threads = options.number("threads", 4);
-    setup.userWriters = options.number("user-writers", 1);
-    setup.walkLength = static_cast<unsigned>(options.number("walk", 61));
-    setup.walkByReadThenWrite = options.text("walk-by", "library") == "read-then-write";
-    return setup;
-}
 
 // ---- the final check -----------------------------------------------------------------------
-
-struct Written {
-    std::vector<unsigned long> places;
-    std::map<unsigned, bool> alerts;
-    std::map<std::string, std::string> users;
-    std::map<std::string, std::string> profiles;
-    std::vector<std::pair<std::string, std::string>> fallback;
-    unsigned long operations = 0;
-};
 
 std::wstring widen(const std::string& text)
 {
@@ -311,115 +261,37 @@ void readLog(const std::string& path, Written& written)
         fields >> kind >> a >> b;
         if (kind == "W" && std::stoul(a) < written.places.size())
             written.places[std::stoul(a)] += std::stoul(b);
-        else if (kind == "A")
-            written.alerts[static_cast<unsigned>(std::stol(a))] = b == "1";
-        else if (kind == "U")
-            written.users[a] = b;
-        else if (kind == "P")
-            written.profiles[a] = b;
-        else if (kind == "F")
-            written.fallback.emplace_back(a, b);
         else if (kind == "O")
             written.operations += std::stoul(a);
+        else if (std::stoul(kind) < kKindCount)
+            written.states[std::stoul(kind)][widen(a)] = widen(b);
     }
 }
 
-class ContentionCheck {
-public:
-    ContentionCheck(const Setup& setup, const std::string& run) : m_setup(setup)
-    {
-        m_written.places.assign(setup.walkLength + 1, 0);
-        for (long process = 0; process < setup.processes; ++process)
-            readLog(logPath(run, process), m_written);
-    }
-
-    int run()
-    {
-        checkWalk();
-        checkAlerts();
-        checkRecords();
-        std::cout << "steps " << m_steps << " operations " << m_written.operations << " alerts "
-                  << m_written.alerts.size() << " users " << m_written.users.size() << " profiles "
-                  << m_written.profiles.size() << " fallback " << m_written.fallback.size() << "\n";
-        return m_faults == 0 ? 0 : 1;
-    }
-
-private:
-    void fault(const std::string& what)
-    {
-        std::cerr << "VIOLATION: " << what << "\n";
-        ++m_faults;
-    }
-
-    // The driver's first step handed out place 1; step k after it must have handed out place
-    // k mod n + 1. So over all processes each place was handed out a known number of times,
-    // and the stored position is that of the last step: a step lost or repeated shows in both.
-    void checkWalk()
-    {
-        const unsigned n = m_setup.walkLength;
-        for (unsigned place = 1; place <= n; ++place)
-            m_steps += m_written.places[place];
-        std::vector<unsigned long> expected(n + 1, m_steps / n);
-        for (unsigned place = 1; place <= m_steps % n; ++place)
-            ++expected[place + 1];
-        for (unsigned place = 1; place <= n; ++place)
-            if (m_written.places[place] != expected[place])
-                fault("place " + std::to_string(place) + " was handed out " + std::to_string(m_written.places[place]) +
-                      " times, " + std::to_string(expected[place]) + " expected from " + std::to_string(m_steps) +
-                      " steps");
-        std::string bytes;
-        long status = 0;
-        ZETPreferredNetworks stored;
-        if (!readRegistryBinary(kSettingsKey, kListValue, bytes, status) || !isWholeForm(bytes, stored))
-            return fault("the walk's list can't be read whole (error " + std::to_string(status) + ")");
-        if (stored.position != m_steps % n + 1)
-            fault("the walk stands at " + std::to_string(stored.position) + " after " + std::to_string(m_steps) +
-                  " steps; " + std::to_string(m_steps % n + 1) + " expected");
-    }
-
-    void checkAlerts()
-    {
-        std::string bytes;
-        long status = 0;
-        ZETAlertSettings stored;
-        if (!readRegistryBinary(kSettingsKey, kAlertValue, bytes, status) || !isWholeForm(bytes, stored))
-            return fault("the alert states can't be read whole (error " + std::to_string(status) + ")");
-        for (const auto& alert : m_written.alerts) {
-            const auto found = stored.states.find(TSerVar<unsigned int>(alert.first));
-            if (found == stored.states.end())
-                fault("alert " + std::to_string(alert.first) + " was lost");
-            else if (found->second.value != (alert.second ? 1u : 0u))
-                fault("alert " + std::to_string(alert.first) + " holds " + std::to_string(found->second.value) +
-                      ", not its last state");
-        }
-    }
-
-    void checkRecords()
-    {
-        for (const auto& user : m_written.users) {
-            const boost::shared_ptr<ZETUserSettings> record = ZETSettings::getUserSettings(widen(user.first));
-            if (!record || narrow(record->userText) != user.second || !isUserForm(*record))
-                fault("user " + user.first + " was lost or went back");
-        }
-        for (const auto& profile : m_written.profiles) {
-            const boost::shared_ptr<ZETNetworkSettings> record = ZETSettings::getNetworkSettings(widen(profile.first));
-            if (!record || narrow(record->profileText) != profile.second || !isProfileForm(*record))
-                fault("profile " + profile.first + " was lost or went back");
-        }
-        for (const auto& place : m_written.fallback) {
-            const boost::shared_ptr<ZETFallbackSettings> record =
-                ZETSettings::getFallbackSettings(widen(place.first), widen(place.second));
-            std::wstring tag;
-            if (!record || !isFallbackForm(*record, tag))
-                fault("fallback record " + place.first + "/" + place.second + " was lost or is not whole");
-        }
-    }
-
-    Setup m_setup;
-    Written m_written;
-    unsigned long m_steps = 0;
-    int m_faults = 0;
-};
+// The driver's first step handed out place 1; step k after it must have handed out place
+// k mod n + 1. So over all processes each place was handed out a known number of times, and
+// the stored position is that of the last step: a step lost or repeated shows in both.
+unsigned long checkWalk(const std::vector<unsigned long>& places, unsigned n, Violations& fault)
+{
+    unsigned long steps = 0;
+    for (unsigned place = 1; place <= n; ++place)
+        steps += places[place];
+    std::vector<unsigned long> expected(n + 1, steps / n);
+    for (unsigned place = 1; place <= steps % n; ++place)
+        ++expected[place + 1];
+    for (unsigned place = 1; place <= n; ++place)
+        fault.expect(places[place] == expected[place], "place " + std::to_string(place) + " was handed out " +
+                                                           std::to_string(places[place]) + " times, " +
+                                                           std::to_string(expected[place]) + " expected from " +
+                                                           std::to_string(steps) + " steps");
+    ZETPreferredNetworks stored;
+    const std::string read = readStored(kListValue, stored);
+    fault.expect(read.empty(), "the walk's list is " + read);
+    fault.expect(!read.empty() || stored.position == steps % n + 1,
+                 "the walk stands at " + std::to_string(stored.position) + " after " + std::to_string(steps) +
+                     " steps; " + std::to_string(steps % n + 1) + " expected");
+    return steps;
+}
 
 }  // namespace
 
@@ -448,7 +320,24 @@ int contentionWorker(const Options& options)
 
 int contentionCheck(const Options& options)
 {
-    return ContentionCheck(setupOf(options), options.text("run", ".")).run();
+    const Setup setup = setupOf(options);
+    Written written;
+    written.places.assign(setup.walkLength + 1, 0);
+    for (long process = 0; process < setup.processes; ++process)
+        readLog(logPath(options.text("run", "."), process), written);
+    Violations fault;
+    const unsigned long steps = checkWalk(written.places, setup.walkLength, fault);
+    for (std::size_t which = 0; which < kKindCount; ++which)
+        for (const auto& record : written.states[which]) {
+            std::wstring found;
+            const Kind& kind = kKinds[which];
+            if (!kind.read(record.first, found) || found.empty() || (kind.lastWins && found != record.second))
+                fault(kind.what + narrow(record.first) + " was lost, torn or went back");
+        }
+    std::cout << "steps " << steps << " operations " << written.operations << " alerts "
+              << written.states[kAlerts].size() << " users " << written.states[kUsers].size() << " profiles "
+              << written.states[kProfiles].size() << " fallback " << written.states[kFallback].size() << "\n";
+    return fault.exitCode();
 }
 
 int contentionDriver(const Options& options)
@@ -465,21 +354,15 @@ int contentionDriver(const Options& options)
         return 1;
     }
 
-    std::vector<std::string> common;
-    for (const auto& option : {pass("processes", setup.processes), pass("threads", setup.threads),
-                               pass("user-writers", setup.userWriters),
-                               pass("walk", static_cast<long>(setup.walkLength)),
-                               pass("walk-by", setup.walkByReadThenWrite ? "read-then-write" : "library"),
-                               pass("run", run.path())})
-        common.insert(common.end(), option.begin(), option.end());
+    const std::vector<std::string> common{"--processes", std::to_string(setup.processes), "--threads",
+                                          std::to_string(setup.threads), "--walk", std::to_string(setup.walkLength),
+                                          "--run", run.path()};
     std::random_device entropy;
     std::vector<pid_t> workers;
     for (long process = 0; process < setup.processes; ++process) {
-        std::vector<std::string> args{"contention-worker"};
+        std::vector<std::string> args{"contention-worker", "--index", std::to_string(process), "--seconds",
+                                      std::to_string(seconds), "--seed", std::to_string(entropy())};
         args.insert(args.end(), common.begin(), common.end());
-        for (const auto& option :
-             {pass("index", process), pass("seconds", seconds), pass("seed", static_cast<long>(entropy()))})
-            args.insert(args.end(), option.begin(), option.end());
         workers.push_back(startSelf(args));
     }
     int faults = 0;
@@ -488,19 +371,19 @@ int contentionDriver(const Options& options)
     const int bound = static_cast<int>(seconds * 1000 + 120000);
     for (std::size_t i = 0; i < workers.size(); ++i) {
         const Ending ending = waitWithin(workers[i], bound);
-        if (!ending.finished) {
+        if (!ending.finished)
             killAndReap(workers[i]);
-            std::cerr << "VIOLATION: worker process " << i << " did not end within " << bound << " ms\n";
-        }
-        faults += ending.finished && ending.exitCode == 0 ? 0 : 1;
+        if (!ending.succeeded())
+            std::cerr << "VIOLATION: worker process " << i << " " << describe(ending) << "\n";
+        faults += ending.succeeded() ? 0 : 1;
     }
     std::vector<std::string> args{"contention-check"};
     args.insert(args.end(), common.begin(), common.end());
     std::string summary;
     const Ending checked = runSelf(args, 120000, summary);
-    faults += checked.finished && checked.exitCode == 0 ? 0 : 1;
+    faults += checked.succeeded() ? 0 : 1;
     std::cout << "contention test: " << setup.processes << " processes x " << setup.threads << " threads for "
-              << seconds << " s (user settings written by " << setup.userWriters << " process(es)); " << summary
+              << seconds << " s; " << summary
               << (faults == 0 ? "no violation" : "VIOLATIONS in " + std::to_string(faults) + " process(es)") << "\n";
     return faults == 0 ? 0 : 1;
 }

@@ -33,37 +33,25 @@ std::wstring ownerName(long slot)
     return L"Crash-Owner-S" + std::to_wstring(slot);
 }
 
-std::wstring storedOwnerName(long slot)
-{
-    return L"crash-owner-s" + std::to_wstring(slot);
-}
-
 class CrashWriter {
 public:
     explicit CrashWriter(const Options& options)
         : m_slot(options.number("slot", 0)), m_incarnation(options.number("incarnation", 1)),
-          m_random(static_cast<unsigned>(options.number("seed", 1))), m_only(options.text("only", "all"))
+          m_random(static_cast<unsigned>(options.number("seed", 1)))
     {
     }
 
-    // --only narrows the mix to some kinds (say "profiles,chooser"), to tell which meet in a fault.
     void writeOnce()
     {
-        for (;;) {
-            const unsigned pick = draw(100);
-            const char* kind = pick < 30 ? "profiles" : pick < 45 ? "fallback" : pick < 80 ? "chooser" : "alerts";
-            if (m_only != "all" && m_only.find(kind) == std::string::npos)
-                continue;
-            if (pick < 30)
-                writeProfile();
-            else if (pick < 45)
-                writeFallback();
-            else if (pick < 80)
-                changeChooser();
-            else
-                writeAlert();
-            return;
-        }
+        const unsigned pick = draw(100);
+        if (pick < 30)
+            writeProfile();
+        else if (pick < 45)
+            writeFallback();
+        else if (pick < 80)
+            changeChooser();
+        else
+            writeAlert();
     }
 
 private:
@@ -80,7 +68,7 @@ private:
     {
         const std::wstring network = L"Net_" + std::to_wstring(draw(kFallbackNetworksPerWorker));
         ZETSettings::setFallbackSettings(
-            fallbackForm(ownerName(m_slot), network, tag(storedOwnerName(m_slot) + L"/" + network)));
+            fallbackForm(ownerName(m_slot), network, tag(lowerCase(ownerName(m_slot)) + L"/" + network)));
     }
 
     void writeAlert()
@@ -121,7 +109,6 @@ private:
     unsigned long m_incarnation;
     unsigned long m_sequence = 0;
     std::mt19937 m_random;
-    std::string m_only;
 };
 
 // ---- the checker: one process per check, printing what it saw for the driver to compare ----
@@ -136,15 +123,10 @@ public:
         checkFallbackDatabase();
         checkAlerts();
         checkChooser();
-        return m_faults == 0 ? 0 : 1;
+        return fault.exitCode();
     }
 
 private:
-    void fault(const std::string& what)
-    {
-        std::cerr << "VIOLATION: " << what << "\n";
-        ++m_faults;
-    }
 
     void checkProfiles()
     {
@@ -158,7 +140,7 @@ private:
                 fault("profile '" + narrow(name) + "' holds a form never written: '" +
                       narrow(record->profileText) + "'");
             else
-                std::cout << "P " << narrow(name) << " " << order.incarnation << " " << order.sequence << "\n";
+                std::cout << "profile " << narrow(name) << " " << order.incarnation << " " << order.sequence << "\n";
         }
     }
 
@@ -176,24 +158,17 @@ private:
                 else if (record->owner != owner || record->network != network || !isFallbackForm(*record, tag))
                     fault("fallback record " + place + " holds a form never written");
                 else
-                    std::cout << "F " << place << "\n";
+                    std::cout << "fallback " << place << " 0 0\n";
             }
         }
     }
 
     void checkAlerts()
     {
-        std::string bytes;
-        long status = 0;
-        if (!readRegistryBinary(kSettingsKey, kAlertValue, bytes, status)) {
-            if (status != ERROR_FILE_NOT_FOUND)
-                fault("alert states can't be read: error " + std::to_string(status));
-            return;
-        }
         ZETAlertSettings alerts;
-        if (!isWholeForm(bytes, alerts))
-            return fault("the stored alert states are not one whole form (" + std::to_string(bytes.size()) +
-                         " bytes)");
+        const std::string stored = readStored(kAlertValue, alerts);
+        if (stored != "absent" && !stored.empty())
+            return fault("the stored alert states are " + stored);
         for (const auto& state : alerts.states) {
             const unsigned alert = state.first;
             if (state.second.value > 1 || alert % kAlertBlock >= kAlertsPerWorker ||
@@ -201,25 +176,18 @@ private:
                 fault("alert " + std::to_string(alert) + " with state " + std::to_string(state.second.value) +
                       " was never written");
             else
-                std::cout << "A " << alert << "\n";
+                std::cout << "alert " << alert << " 0 0\n";
         }
     }
 
     void checkChooser()
     {
-        std::string bytes;
-        long status = 0;
-        if (readRegistryBinary(kSettingsKey, kListValue, bytes, status)) {
-            ZETPreferredNetworks stored;
-            if (!isWholeForm(bytes, stored))
-                fault("the stored chooser list is not one whole form (" + std::to_string(bytes.size()) + " bytes)");
-            else if (!listFault(stored).empty())
-                fault("stored chooser list: " + listFault(stored));
-            else
-                std::cout << "C " << int(stored.position) << " " << stored.entries.size() << "\n";
-        } else if (status != ERROR_FILE_NOT_FOUND) {
-            fault("the chooser list can't be read: error " + std::to_string(status));
-        }
+        ZETPreferredNetworks list;
+        const std::string stored = readStored(kListValue, list);
+        if (stored.empty() && !listFault(list).empty())
+            fault("stored chooser list: " + listFault(list));
+        else if (!stored.empty() && stored != "absent")
+            fault("the stored chooser list is " + stored);
         // Through the library too: this waits for the named mutex, which a killed worker may
         // have held; the driver's bound on this process turns a wait that never ends into a
         // failure.
@@ -229,41 +197,22 @@ private:
     }
 
     long m_slots;
-    int m_faults = 0;
+    Violations fault;
 };
 
 // ---- the driver ---------------------------------------------------------------------------
 
-struct Snapshot {
-    std::map<std::string, TagOrder> profiles;
-    std::set<std::string> fallback;
-    std::set<std::string> alerts;
-    std::string list;
-};
+// What the checker saw whole: "<kind> <name>" and the write it holds (0.0 where the form tells none).
+using Snapshot = std::map<std::string, TagOrder>;
 
 Snapshot parseSnapshot(const std::string& output)
 {
     Snapshot snapshot;
     std::istringstream lines(output);
-    std::string kind;
-    while (lines >> kind) {
-        std::string name;
-        if (kind == "P") {
-            TagOrder order;
-            lines >> name >> order.incarnation >> order.sequence;
-            snapshot.profiles[name] = order;
-        } else if (kind == "F") {
-            lines >> name;
-            snapshot.fallback.insert(name);
-        } else if (kind == "A") {
-            lines >> name;
-            snapshot.alerts.insert(name);
-        } else if (kind == "C") {
-            std::string entries;
-            lines >> name >> entries;
-            snapshot.list = name + " of " + entries;
-        }
-    }
+    std::string kind, name;
+    TagOrder order;
+    while (lines >> kind >> name >> order.incarnation >> order.sequence)
+        snapshot[kind + " " + name] = order;
     return snapshot;
 }
 
@@ -271,23 +220,17 @@ Snapshot parseSnapshot(const std::string& output)
 // writer process at a time owns, never goes back to an older form.
 int compareSnapshots(const Snapshot& before, const Snapshot& after)
 {
-    int faults = 0;
-    for (const auto& profile : before.profiles) {
-        const auto now = after.profiles.find(profile.first);
-        if (now == after.profiles.end())
-            ++faults, std::cerr << "VIOLATION: profile " << profile.first << " was lost\n";
-        else if (now->second < profile.second)
-            ++faults, std::cerr << "VIOLATION: profile " << profile.first << " went back from write "
-                                << profile.second.incarnation << "." << profile.second.sequence << " to "
-                                << now->second.incarnation << "." << now->second.sequence << "\n";
+    Violations fault;
+    for (const auto& record : before) {
+        const auto now = after.find(record.first);
+        if (now == after.end())
+            fault(record.first + " was lost");
+        else if (now->second < record.second)
+            fault(record.first + " went back from write " + std::to_string(record.second.incarnation) + "." +
+                  std::to_string(record.second.sequence) + " to " + std::to_string(now->second.incarnation) + "." +
+                  std::to_string(now->second.sequence));
     }
-    for (const std::string& record : before.fallback)
-        if (!after.fallback.count(record))
-            ++faults, std::cerr << "VIOLATION: fallback record " << record << " was lost\n";
-    for (const std::string& alert : before.alerts)
-        if (!after.alerts.count(alert))
-            ++faults, std::cerr << "VIOLATION: alert " << alert << " was lost\n";
-    return faults;
+    return fault.count();
 }
 
 class CrashDriver {
@@ -295,7 +238,7 @@ public:
     explicit CrashDriver(const Options& options)
         : m_kills(options.number("kills", 250)), m_slots(options.number("workers", 4)),
           m_checkBound(static_cast<int>(options.number("check-timeout-ms", 20000))),
-          m_longestPause(static_cast<int>(options.number("max-pause-ms", 40))), m_only(options.text("only", "all")),
+          m_longestPause(static_cast<int>(options.number("max-pause-ms", 40))),
           m_seed(static_cast<unsigned>(options.number("seed", std::random_device()()))), m_random(m_seed),
           m_counters(m_run.path() + "/operations", static_cast<std::size_t>(m_slots), true),
           m_workers(static_cast<std::size_t>(m_slots), -1)
@@ -321,7 +264,11 @@ public:
         for (long slot = 0; slot < m_slots; ++slot)
             faults += killWorker(slot);
         faults += check();
-        report(landed, faults);
+        std::cout << "crash test (seed " << m_seed << "): " << m_killed << " SIGKILLs (" << landed
+                  << " after the victim had completed at least one operation), " << m_operations
+                  << " operations completed by " << m_incarnations << " worker processes (" << m_slots
+                  << " at a time), " << m_checks << " checks; at the end " << m_seen.size() << " records; "
+                  << (faults == 0 ? "no violation" : std::to_string(faults) + " violation(s)") << "\n";
         return faults == 0 ? 0 : 1;
     }
 
@@ -329,28 +276,20 @@ private:
     void start(long slot)
     {
         m_counters[static_cast<std::size_t>(slot)].store(0);
-        std::vector<std::string> args{"crash-worker"};
-        for (const auto& option : {pass("slot", slot), pass("incarnation", ++m_incarnations),
-                                   pass("seed", static_cast<long>(m_random())),
-                                   pass("counters", m_run.path() + "/operations"), pass("workers", m_slots),
-                                   pass("only", m_only)})
-            args.insert(args.end(), option.begin(), option.end());
-        m_workers[static_cast<std::size_t>(slot)] = startSelf(args);
+        m_workers[static_cast<std::size_t>(slot)] =
+            startSelf({"crash-worker", "--slot", std::to_string(slot), "--incarnation", std::to_string(++m_incarnations),
+                       "--seed", std::to_string(m_random()), "--counters", m_run.path() + "/operations", "--workers",
+                       std::to_string(m_slots)});
     }
 
     // A worker that ended by itself before the kill failed, and that is a finding too.
     int killWorker(long slot)
     {
-        const pid_t pid = m_workers[static_cast<std::size_t>(slot)];
-        const Ending early = waitWithin(pid, 0);
-        if (!early.finished) {
-            killAndReap(pid);
-            ++m_killed;
-        }
+        const Ending early = killUnlessEnded(m_workers[static_cast<std::size_t>(slot)]);
+        m_killed += early.finished ? 0 : 1;
         m_operations += m_counters[static_cast<std::size_t>(slot)].load();
         if (early.finished)
-            std::cerr << "VIOLATION: worker " << slot << " ended by itself (exit " << early.exitCode << ", signal "
-                      << early.signal << ")\n";
+            std::cerr << "VIOLATION: worker " << slot << " " << describe(early) << " by itself\n";
         return early.finished ? 1 : 0;
     }
 
@@ -360,12 +299,11 @@ private:
         const Ending ending = runSelf({"crash-check", "--workers", std::to_string(m_slots)}, m_checkBound, output);
         ++m_checks;
         if (!ending.finished) {
-            std::cerr << "VIOLATION: a check after kill " << m_killed << " did not end within " << m_checkBound
-                      << " ms: the store or the named mutex hangs\n";
+            std::cerr << "VIOLATION: a check after kill " << m_killed << " hangs: the store or the named mutex\n";
             return 1;
         }
         Snapshot now = parseSnapshot(output);
-        const int faults = compareSnapshots(m_seen, now) + (ending.exitCode == 0 ? 0 : 1);
+        const int faults = compareSnapshots(m_seen, now) + (ending.succeeded() ? 0 : 1);
         m_seen = now;
         return faults;
     }
@@ -384,23 +322,11 @@ private:
         return 1;
     }
 
-    void report(long landed, int faults) const
-    {
-        std::cout << "crash test (seed " << m_seed << "): " << m_killed << " SIGKILLs (" << landed
-                  << " after the victim had completed at least one operation), " << m_operations
-                  << " operations completed by " << m_incarnations << " worker processes (" << m_slots
-                  << " at a time), " << m_checks << " checks; at the end " << m_seen.profiles.size()
-                  << " profiles, " << m_seen.fallback.size() << " fallback records, " << m_seen.alerts.size()
-                  << " alerts, chooser position " << m_seen.list << " entries; "
-                  << (faults == 0 ? "no violation" : std::to_string(faults) + " violation(s)") << "\n";
-    }
-
     RunDirectory m_run;
     long m_kills;
     long m_slots;
     int m_checkBound;
     int m_longestPause;
-    std::string m_only;
     unsigned m_seed;
     std::mt19937 m_random;
     SharedCounters m_counters;

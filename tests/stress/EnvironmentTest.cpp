@@ -15,7 +15,6 @@
 #include <fstream>
 #include <iostream>
 #include <map>
-#include <sstream>
 
 #include "FaultItems.h"
 #include "Forms.h"
@@ -31,80 +30,37 @@ const uid_t kNobody = 65534;
 const wchar_t kFillKey[] = L"Software\\Orvane\\QXL\\Fill";
 const std::size_t kFillBlob = 64 * 1024;
 
-class Verdict {
-public:
-    explicit Verdict(const char* test) : m_test(test) {}
-    void expect(bool kept, const std::string& promise)
-    {
-        if (!kept) {
-            ++m_broken;
-            std::cerr << m_test << ": " << promise << "\n";
-        }
-    }
-    int exitCode() const { return m_broken == 0 ? 0 : 1; }
-
-private:
-    const char* m_test;
-    int m_broken = 0;
-};
-
 int skipped(const char* test, const std::string& why)
 {
     std::cout << test << ": skipped: " << why << std::endl;
     return 0;
 }
 
-fs::path madeFolder(const char* name)
-{
-    std::string pattern = std::string("/tmp/zetsettings-") + name + "-XXXXXX";
-    if (!mkdtemp(&pattern[0]))
-        throw std::runtime_error("mkdtemp failed");
-    chmod(pattern.c_str(), 0755);  // a process of another user must reach the store inside
-    return pattern;
-}
-
-struct RemovedAtEnd {
-    fs::path path;
-    bool mounted = false;
-    ~RemovedAtEnd()
-    {
-        if (mounted)
-            umount2(path.c_str(), MNT_DETACH);
-        std::error_code ignored;
-        fs::remove_all(path, ignored);
-    }
-};
-
 bool becomeNobody()
 {
     return setgroups(0, nullptr) == 0 && setgid(kNobody) == 0 && setuid(kNobody) == 0;
 }
 
-// Writes every item in the given generation; true when each one reads back so.
-bool writeAll(int generation)
+// " name=state" of every item: as read, or all of `generation` when one is given.
+std::string statesOfItems(const int* generation = nullptr)
 {
-    bool all = true;
-    for (const Item& item : items()) {
-        item.write(generation);
-        all = item.read() == generation && all;
-    }
-    return all;
-}
-
-std::string statesOfItems()
-{
-    std::ostringstream states;
+    std::string states;
     for (const Item& item : items())
-        states << " " << item.name << "=" << nameOfState(item.read());
-    return states.str();
+        states += " " + std::string(item.name) + "=" + nameOfState(generation ? *generation : item.read());
+    return states;
 }
 
 bool allItemsRead(int generation)
 {
+    return statesOfItems() == statesOfItems(&generation);
+}
+
+// Writes every item in the given generation; true when each one reads back so.
+bool writeAll(int generation)
+{
     for (const Item& item : items())
-        if (item.read() != generation)
-            return false;
-    return true;
+        item.write(generation);
+    return allItemsRead(generation);
 }
 
 LONG setFill(HKEY key, int index)
@@ -182,7 +138,7 @@ int fillUntilRefused(HKEY key, LONG& refusal)
 
 int fullDiskOn(const fs::path& folder)
 {
-    Verdict verdict("full-disk");
+    Violations verdict("full-disk: ");
     setenv("ZET_REGISTRY_DIR", (folder / "store").c_str(), 1);
     verdict.expect(createEapKey() && writeAll(0), "every item is stored before the disk fills");
     verdict.expect(reserve(folder / "reserve", 512 * 1024), "the reserve is made");
@@ -213,7 +169,7 @@ int fullDiskOn(const fs::path& folder)
                    "with room again, setFallbackKeySettings stores");
     verdict.expect(writeAll(1), "with room again, every item is stored:" + statesOfItems());
     RegCloseKey(key);
-    reportExposure(folder, std::cerr);
+    reportExposure(folder, verdict);
     return verdict.exitCode();
 }
 
@@ -224,7 +180,7 @@ int fullDiskOn(const fs::path& folder)
 // throw; nothing is read, nothing is made.
 int unmadeStoreCase(const Options& options)
 {
-    Verdict verdict("unmade-store");
+    Violations verdict("unmade-store: ");
     if (options.number("as-nobody", 0) && !becomeNobody())
         return 3;
     const fs::path store = getenv("ZET_REGISTRY_DIR");
@@ -261,14 +217,9 @@ int runCase(const char* test, const std::vector<std::string>& args)
     std::string output;
     const Ending ending = runSelf(args, 30000, output);
     std::cout << output;
-    if (ending.finished && ending.exitCode == 0)
-        return 0;
-    std::cerr << test << ": the case " << args[0] << " ended "
-              << (ending.finished ? (ending.signal ? "by signal " + std::to_string(ending.signal)
-                                                   : "with " + std::to_string(ending.exitCode))
-                                  : std::string("not in time"))
-              << "\n";
-    return 1;
+    if (!ending.succeeded())
+        std::cerr << test << ": the case " << args[0] << " " << describe(ending) << "\n";
+    return ending.succeeded() ? 0 : 1;
 }
 
 }  // namespace
@@ -278,27 +229,28 @@ int fullDisk(const Options&)
     // A mount of our own, seen by nobody else and gone with the process.
     if (unshare(CLONE_NEWNS) != 0 || mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0)
         return skipped("full-disk", std::string("no private mount namespace: ") + std::strerror(errno));
-    RemovedAtEnd folder{madeFolder("full")};
-    if (mount("zetsettings-full", folder.path.c_str(), "tmpfs", 0, "size=4m,mode=0755") != 0)
+    RunDirectory folder("full");
+    if (mount("zetsettings-full", folder.path().c_str(), "tmpfs", 0, "size=4m,mode=0755") != 0)
         return skipped("full-disk", std::string("tmpfs can't be mounted: ") + std::strerror(errno));
-    folder.mounted = true;
-    return fullDiskOn(folder.path);
+    folder.setMounted();
+    return fullDiskOn(folder.path());
 }
 
 int unmadeStore(const Options&)
 {
-    RemovedAtEnd folder{madeFolder("unmade")};
+    RunDirectory run("unmade");
+    const fs::path folder = run.path();
     int result = 0;
     // Under a plain file: no one can make a folder there.
-    std::ofstream((folder.path / "file").string()) << "not a folder";
-    setenv("ZET_REGISTRY_DIR", (folder.path / "file" / "store").c_str(), 1);
+    std::ofstream((folder / "file").string()) << "not a folder";
+    setenv("ZET_REGISTRY_DIR", (folder / "file" / "store").c_str(), 1);
     result |= runCase("unmade-store", {"unmade-store-case"});
     // Under a folder that only its owner, root, may write: a user without the right.
     if (geteuid() != 0)
         return result | skipped("unmade-store", "not root: no other user to act as");
-    fs::create_directory(folder.path / "closed");
-    chmod((folder.path / "closed").c_str(), 0755);
-    setenv("ZET_REGISTRY_DIR", (folder.path / "closed" / "store").c_str(), 1);
+    fs::create_directory(folder / "closed");
+    chmod((folder / "closed").c_str(), 0755);
+    setenv("ZET_REGISTRY_DIR", (folder / "closed" / "store").c_str(), 1);
     result |= runCase("unmade-store", {"unmade-store-case", "--as-nobody", "1"});
     return result;
 }
@@ -307,7 +259,7 @@ int unmadeStore(const Options&)
 // rest as stored.
 int unreadableKeyCase(const Options&)
 {
-    Verdict verdict("unreadable-key");
+    Violations verdict("unreadable-key: ");
     if (!becomeNobody())
         return 3;
     for (const Item& item : items()) {
@@ -327,18 +279,17 @@ int unreadableKey(const Options&)
 {
     if (geteuid() != 0)
         return skipped("unreadable-key", "not root: no other user to act as");
-    RemovedAtEnd folder{madeFolder("key")};
-    const fs::path store = folder.path / "store";
-    setenv("ZET_REGISTRY_DIR", store.c_str(), 1);
-    Verdict verdict("unreadable-key");
+    RunDirectory run("key");
+    const fs::path folder = run.path(), store = folder / "store";
+    Violations verdict("unreadable-key: ");
     verdict.expect(createEapKey() && writeAll(0), "every item is stored");
     // The store becomes the other user's; the key stays root's, owner-only.
     for (const auto& entry : fs::recursive_directory_iterator(store))
         verdict.expect(chown(entry.path().c_str(), kNobody, kNobody) == 0, "the store is handed over");
     verdict.expect(chown(store.c_str(), kNobody, kNobody) == 0, "the store is handed over");
-    const std::string key = fileBytes(folder.path / "store.key");
+    const std::string key = fileBytes(folder / "store.key");
     verdict.expect(runCase("unreadable-key", {"unreadable-key-case"}) == 0, "the other user's reads");
-    verdict.expect(fileBytes(folder.path / "store.key") == key, "the key is left as it was");
+    verdict.expect(fileBytes(folder / "store.key") == key, "the key is left as it was");
     return verdict.exitCode();
 }
 

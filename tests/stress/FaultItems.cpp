@@ -164,13 +164,10 @@ int readChooser()
 // that the library can't read counts as enabled there, which would pass for generation 1.
 int readAlert()
 {
-    std::string bytes;
-    long status = 0;
-    if (!readRegistryBinary(kSettingsKey, kAlertValue, bytes, status))
-        return kAbsent;
     ZETAlertSettings stored;
-    if (!isWholeForm(bytes, stored))
-        return kTorn;
+    const std::string read = readStored(kAlertValue, stored);
+    if (!read.empty())
+        return read == "absent" ? kAbsent : kTorn;
     const auto found = stored.states.find(TSerVar<unsigned int>(kAlert));
     if (found == stored.states.end())
         return kAbsent;
@@ -231,6 +228,15 @@ std::vector<std::string> secretBytes()
     return forms;
 }
 
+// A write that reports nothing: whether it was made shows only in a read.
+std::function<Reported(int)> silent(void (*write)(int generation))
+{
+    return [write](int g) {
+        write(g);
+        return Reported::Silent;
+    };
+}
+
 }  // namespace
 
 const std::vector<Item>& items()
@@ -243,23 +249,10 @@ const std::vector<Item>& items()
              return byCode(code);
          },
          readDirect},
-        {"profile",
-         [](int g) {
-             ZETSettings::setNetworkSettings(kNetwork, profileForm(tagOf(L"profile", g)));
-             return Reported::Silent;
-         },
+        {"profile", silent([](int g) { ZETSettings::setNetworkSettings(kNetwork, profileForm(tagOf(L"profile", g))); }),
          readProfile},
-        {"user",
-         [](int g) {
-             ZETSettings::setUserSettings(kUser, userForm(tagOf(L"user", g)));
-             return Reported::Silent;
-         },
-         readUser},
-        {"login",
-         [](int g) {
-             ZETSettings::setLoginData(tagOf(L"login", g), passwordOf(g), true, true, false);
-             return Reported::Silent;
-         },
+        {"user", silent([](int g) { ZETSettings::setUserSettings(kUser, userForm(tagOf(L"user", g))); }), readUser},
+        {"login", silent([](int g) { ZETSettings::setLoginData(tagOf(L"login", g), passwordOf(g), true, true, false); }),
          readLogin},
         {"keys",
          [](int g) {
@@ -278,43 +271,22 @@ const std::vector<Item>& items()
              }
          },
          readKeys},
-        {"fallback",
-         [](int g) {
-             const std::wstring tag = tagOf(std::wstring(kOwner) + L"/" + kNetwork, g);
-             ZETSettings::setFallbackSettings(fallbackForm(kOwner, kNetwork, tag));
-             return Reported::Silent;
-         },
+        {"fallback", silent([](int g) {
+             ZETSettings::setFallbackSettings(
+                 fallbackForm(kOwner, kNetwork, tagOf(std::wstring(kOwner) + L"/" + kNetwork, g)));
+         }),
          readFallback},
         {"chooser",
-         [](int g) {
-             ZETSettings::updateChooserPreferredNets(listForm(L"list" + std::to_wstring(g) + L"-", 4, 1));
-             return Reported::Silent;
-         },
+         silent([](int g) { ZETSettings::updateChooserPreferredNets(listForm(L"list" + std::to_wstring(g) + L"-", 4, 1)); }),
          readChooser},
-        {"alert",
-         [](int g) {
-             ZETSettings::updateAlertNotificationState(kAlert, g == 1);
-             return Reported::Silent;
-         },
-         readAlert},
-        {"number",
-         [](int g) {
-             ZETSettings::intSetNetlibValue(L"FaultNumber", 1000 + g);
-             return Reported::Silent;
-         },
-         readNumber},
-        {"text",
-         [](int g) {
-             ZETSettings::strSetGuiHelperValue(L"FaultText", tagOf(L"text", g));
-             return Reported::Silent;
-         },
-         readText},
+        {"alert", silent([](int g) { ZETSettings::updateAlertNotificationState(kAlert, g == 1); }), readAlert},
+        {"number", silent([](int g) { ZETSettings::intSetNetlibValue(L"FaultNumber", 1000 + g); }), readNumber},
+        {"text", silent([](int g) { ZETSettings::strSetGuiHelperValue(L"FaultText", tagOf(L"text", g)); }), readText},
         {"eap", [](int g) { return byCode(ZETSettings::strSetRasmanEapSettings(L"FaultEap", tagOf(L"eap", g))); },
          readEap},
     };
     return all;
 }
-
 
 std::string nameOfState(int state)
 {
@@ -354,7 +326,7 @@ std::string fileBytes(const fs::path& path)
     return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
 
-void reportExposure(const fs::path& folder, std::ostream& out)
+void reportExposure(const fs::path& folder, Violations& fault)
 {
     const std::vector<std::string> forms = secretBytes();
     for (const auto& entry : fs::recursive_directory_iterator(folder)) {
@@ -365,17 +337,16 @@ void reportExposure(const fs::path& folder, std::ostream& out)
         // The named mutex's files are open to every user by design, as the product's mutex is.
         const bool isMutexFile = entry.path().filename().string().rfind("mutex", 0) == 0;
         if ((info.st_mode & S_IWOTH) && !isMutexFile)
-            out << "violation others may write " << entry.path().string() << "\n";
+            fault("others may write " + entry.path().string());
         if (entry.path().filename().string().find(".key.new-") != std::string::npos)
-            out << "violation a key candidate left behind: " << entry.path().filename().string() << "\n";
-        if (isKey && (info.st_mode & 07777) != 0600)
-            out << "violation key mode " << std::oct << (info.st_mode & 07777) << std::dec << "\n";
+            fault("a key candidate left behind: " + entry.path().filename().string());
+        fault.expect(!isKey || (info.st_mode & 07777) == 0600, "key mode " + std::to_string(info.st_mode & 07777));
         if (!S_ISREG(info.st_mode) || isKey)
             continue;
         const std::string bytes = fileBytes(entry.path());
         for (const std::string& form : forms)
             if (bytes.find(form) != std::string::npos)
-                out << "violation a secret in the clear in " << entry.path().filename().string() << "\n";
+                fault("a secret in the clear in " + entry.path().filename().string());
     }
 }
 

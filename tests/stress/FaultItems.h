@@ -9,6 +9,8 @@
 #include <string>
 #include <vector>
 
+#include "Processes.h"
+
 namespace zetstress {
 
 // What a read of an item found besides a generation (0 or 1).
@@ -34,10 +36,10 @@ bool createEapKey();
 // Writes made after a fault: a value set directly and a profile, both read back.
 bool furtherWriteSucceeds();
 
-// Reports as "violation ..." lines every file or folder below `folder` that others may write,
+// Counts as violations every file or folder below `folder` that others may write,
 // a machine key not owner-only, a key candidate left behind, and every secret of the items found
 // in the clear in a file.
-void reportExposure(const std::filesystem::path& folder, std::ostream& out);
+void reportExposure(const std::filesystem::path& folder, Violations& fault);
 
 std::string fileBytes(const std::filesystem::path& path);
 

@@ -115,35 +115,20 @@ static int opened(int fd, const char* path)
     return fd;
 }
 
-int open(const char* path, int flags, ...)
-{
-    va_list args;
-    va_start(args, flags);
-    const mode_t mode = modeOf(flags, args);
-    va_end(args);
-    ON_PATH("open", path, -1);
-    return opened(REAL(open)(path, flags, mode), path);
-}
-
-int open64(const char* path, int flags, ...)
-{
-    va_list args;
-    va_start(args, flags);
-    const mode_t mode = modeOf(flags, args);
-    va_end(args);
-    ON_PATH("open", path, -1);
-    return opened(REAL(open64)(path, flags, mode), path);
-}
-
-int openat(int dir, const char* path, int flags, ...)
-{
-    va_list args;
-    va_start(args, flags);
-    const mode_t mode = modeOf(flags, args);
-    va_end(args);
-    ON_PATH("openat", path, -1);
-    return opened(REAL(openat)(dir, path, flags, mode), path);
-}
+/* The opens: counted by path, and what they open is tracked as ours or not. */
+#define FAULT_ON_OPEN(name, call, params, args) \
+    int name params \
+    { \
+        va_list rest; \
+        va_start(rest, flags); \
+        const mode_t mode = modeOf(flags, rest); \
+        va_end(rest); \
+        ON_PATH(call, path, -1); \
+        return opened(REAL(name) args, path); \
+    }
+FAULT_ON_OPEN(open, "open", (const char* path, int flags, ...), (path, flags, mode))
+FAULT_ON_OPEN(open64, "open", (const char* path, int flags, ...), (path, flags, mode))
+FAULT_ON_OPEN(openat, "openat", (int dir, const char* path, int flags, ...), (dir, path, flags, mode))
 
 int close(int fd)
 {

@@ -30,20 +30,14 @@ namespace {
 
 namespace fs = std::filesystem;
 
-struct Counts {
-    long runs = 0;
-    long violations = 0;
-    std::map<std::string, long> faultedCalls;  // the call that was made to fail, per run
-    std::map<std::string, long> withoutSecret;
-    std::map<std::string, long> statesSeen;
-    std::map<std::string, long> directCodes;  // what RegSetValueExW returned in the faulty writer
-};
+const int kTimeoutMs = 20000;
+// Far above the calls of one writer's run: reaching it means the writer never runs through.
+const long kMaxN = 5000;
 
 int errnoByName(const std::string& name)
 {
-    static const std::map<std::string, int> known = {{"ENOSPC", ENOSPC}, {"EIO", EIO},       {"EACCES", EACCES},
-                                                    {"EDQUOT", EDQUOT}, {"EROFS", EROFS},   {"ENOMEM", ENOMEM},
-                                                    {"EPERM", EPERM},   {"EINTR", EINTR},   {"EAGAIN", EAGAIN}};
+    static const std::map<std::string, int> known = {
+        {"ENOSPC", ENOSPC}, {"EIO", EIO}, {"EACCES", EACCES}, {"EDQUOT", EDQUOT}, {"EROFS", EROFS}};
     const auto found = known.find(name);
     if (found == known.end())
         throw std::invalid_argument("unknown errno " + name);
@@ -60,11 +54,8 @@ std::vector<std::string> splitList(const std::string& text)
     return words;
 }
 
-std::string shimPath(const Options& options)
+std::string shimPath()
 {
-    const std::string named = options.text("shim", "");
-    if (!named.empty())
-        return named;
     return (fs::read_symlink("/proc/self/exe").parent_path() / "libzetsettings_fault_shim.so").string();
 }
 
@@ -87,117 +78,48 @@ bool isClearError(long code)
     return clear.count(code) != 0;
 }
 
-std::string firstLine(const std::string& text)
+std::string joined(const std::set<std::string>& words)
 {
-    return text.substr(0, text.find('\n'));
+    std::string text = "-";
+    for (const std::string& word : words)
+        text += "," + word;
+    return text;
 }
 
-class FaultRun {
-public:
-    FaultRun(const Options& options, Counts& counts) : m_options(options), m_counts(counts) {}
-
-    // One run with the N-th call failing; false when no call failed (the writer ran through).
-    // `start` holds the store to start from; an empty folder makes the writer create the store
-    // and the machine key, and the check accept absent items instead of generation 0.
-    bool run(const fs::path& start, const fs::path& run, long n, int code, bool always, const std::string& label)
-    {
-        m_fromEmpty = fs::is_empty(start);
+// Runs N = 1, 2, ... until a writer runs through without a failed call; each run starts from a
+// copy of `start` (an empty folder makes the writer create the store and the machine key, and
+// the check accept absent items instead of generation 0). Returns the runs with a failed call.
+long runsUntilThrough(const fs::path& start, const fs::path& run, int code, bool always, const std::string& label,
+                      Violations& fault)
+{
+    const fs::path report = run.parent_path() / "fault-report";
+    for (long n = 1; n <= kMaxN; ++n) {
         fs::remove_all(run);
         fs::copy(start, run, fs::copy_options::recursive);
-        const fs::path report = fs::path(run).parent_path() / "fault-report";
         fs::remove(report);
         std::string written, checked;
-        const Ending writer = runFaulty(run, n, code, always, report, written);
-        const std::string faulted = firstLine(fileBytes(report));
-        if (faulted.empty() && writer.finished && writer.exitCode == 0)
-            return false;
-        ++m_counts.runs;
-        ++m_counts.faultedCalls[faulted.substr(0, faulted.find(' '))];
-        const std::string where = label + " N=" + std::to_string(n) + " (" + faulted + ")";
-        if (!writer.finished || writer.exitCode != 0)
-            violation(where, "the writer " + describe(writer));
-        const Ending check = runSelf({"fault-check"}, m_options.number("timeout-ms", 20000), checked);
-        if (!check.finished || check.exitCode != 0)
-            violation(where, "the check " + describe(check));
-        judge(where, label, wordsAfter(written, "ok"), checked);
-        for (const std::string& code : wordsAfter(written, "code")) {
-            ++m_counts.directCodes[code];
-            if (!isClearError(std::stol(code)))
-                violation(where, "RegSetValueExW gave " + code);
-        }
-        return true;
+        const Ending writer = runSelf({"fault-write", "--generation", "1"}, kTimeoutMs, written,
+                                      {{"LD_PRELOAD", shimPath()},
+                                       {"ZET_FAULT_PREFIX", run.string() + "/"},
+                                       {"ZET_FAULT_AT", std::to_string(n)},
+                                       {"ZET_FAULT_ERRNO", std::to_string(code)},
+                                       {"ZET_FAULT_ALWAYS", always ? "1" : "0"},
+                                       {"ZET_FAULT_REPORT", report.string()},
+                                       {"ZET_REGISTRY_INITIAL_MAP", "65536"}});
+        const std::string reported = fileBytes(report), faulted = reported.substr(0, reported.find('\n'));
+        if (faulted.empty() && writer.succeeded())
+            return n - 1;
+        const std::string where = "fault " + label + " N=" + std::to_string(n) + " (" + faulted + "): ";
+        fault.expect(writer.succeeded(), where + "the writer " + describe(writer));
+        const Ending check = runSelf({"fault-check", "--before", fs::is_empty(start) ? "absent" : "0", "--ok",
+                                      joined(wordsAfter(written, "ok")), "--where", where},
+                                     kTimeoutMs, checked);
+        fault.expect(check.succeeded(), where + "the check " + describe(check));
+        for (const std::string& code : wordsAfter(written, "code"))
+            fault.expect(isClearError(std::stol(code)), where + "RegSetValueExW gave " + code);
     }
-
-    // Runs N = 1, 2, ... up to `limit` until no call fails; returns the runs with a failed call.
-    long upTo(long limit, const fs::path& start, const fs::path& run, int code, bool always, const std::string& label)
-    {
-        long n = 1;
-        while (n <= limit && this->run(start, run, n, code, always, label))
-            ++n;
-        return n - 1;
-    }
-
-private:
-    Ending runFaulty(const fs::path& run, long n, int code, bool always, const fs::path& report, std::string& output)
-    {
-        setenv("LD_PRELOAD", shimPath(m_options).c_str(), 1);
-        setenv("ZET_FAULT_PREFIX", (run.string() + "/").c_str(), 1);
-        setenv("ZET_FAULT_AT", std::to_string(n).c_str(), 1);
-        setenv("ZET_FAULT_ERRNO", std::to_string(code).c_str(), 1);
-        setenv("ZET_FAULT_ALWAYS", always ? "1" : "0", 1);
-        setenv("ZET_FAULT_REPORT", report.c_str(), 1);
-        setenv("ZET_REGISTRY_INITIAL_MAP", "65536", 1);
-        const Ending ending = runSelf({"fault-write", "--generation", "1"}, m_options.number("timeout-ms", 20000), output);
-        for (const char* name : {"LD_PRELOAD", "ZET_FAULT_PREFIX", "ZET_FAULT_AT", "ZET_FAULT_ERRNO", "ZET_FAULT_ALWAYS",
-                                 "ZET_FAULT_REPORT", "ZET_REGISTRY_INITIAL_MAP"})
-            unsetenv(name);
-        return ending;
-    }
-
-    void judge(const std::string& where, const std::string& label, const std::set<std::string>& ok,
-               const std::string& checked)
-    {
-        std::istringstream in(checked);
-        for (std::string line; std::getline(in, line);) {
-            std::istringstream words(line);
-            std::string kind, item, state;
-            words >> kind >> item >> state;
-            if (kind == "violation") {
-                violation(where, line.substr(10));
-            } else if (kind == "item") {
-                ++m_counts.statesSeen[item + " " + state];
-                if (state == "without-secret")
-                    ++m_counts.withoutSecret[label];
-                const std::string before = m_fromEmpty ? "absent" : "0";
-                if (state != before && state != "1" && state != "without-secret")
-                    violation(where, item + " is " + state);
-                else if (ok.count(item) && state != "1")
-                    violation(where, item + " was written but reads as " + state);
-            }
-        }
-        if (checked.find("further ok") == std::string::npos)
-            violation(where, "a further write after the faulty run failed");
-    }
-
-    static std::string describe(const Ending& ending)
-    {
-        if (!ending.finished)
-            return "did not end in time";
-        if (ending.signal)
-            return "died of signal " + std::to_string(ending.signal);
-        return "exited with " + std::to_string(ending.exitCode);
-    }
-
-    void violation(const std::string& where, const std::string& what)
-    {
-        ++m_counts.violations;
-        std::cerr << "fault: " << where << ": " << what << "\n";
-    }
-
-    const Options& m_options;
-    Counts& m_counts;
-    bool m_fromEmpty = false;
-};
+    return kMaxN;
+}
 
 void seedStore(const fs::path& seeded)
 {
@@ -205,21 +127,12 @@ void seedStore(const fs::path& seeded)
     std::string output;
     // Made under umask 0: the modes that the check sees are the library's own choice.
     const mode_t previous = umask(0);
-    const Ending seed = runSelf({"fault-write", "--generation", "0"}, 20000, output);
+    const Ending seed = runSelf({"fault-write", "--generation", "0"}, kTimeoutMs, output);
     umask(previous);
-    if (!seed.finished || seed.exitCode != 0 || wordsAfter(output, "ok").size() != items().size())
+    if (!seed.succeeded() || wordsAfter(output, "ok").size() != items().size())
         throw std::runtime_error("the store could not be seeded: " + output);
 }
 
-fs::path freshRunFolder()
-{
-    // tmpfs where there is one: the syncs of a few thousand runs stay cheap.
-    const char* base = fs::is_directory("/dev/shm") ? "/dev/shm" : "/tmp";
-    std::string pattern = std::string(base) + "/zetsettings-fault-XXXXXX";
-    if (!mkdtemp(&pattern[0]))
-        throw std::runtime_error("mkdtemp failed");
-    return pattern;
-}
 }  // namespace
 
 int faultWriter(const Options& options)
@@ -245,64 +158,53 @@ int faultWriter(const Options& options)
     return 0;
 }
 
-int faultCheck(const Options&)
+// Every item must be whole, of the generation before or of generation 1 (a profile may have
+// lost its secret), and of generation 1 where the writer knew it written; a further write must
+// succeed, and nothing may be exposed.
+int faultCheck(const Options& options)
 {
-    const fs::path run = fs::path(getenv("ZET_REGISTRY_DIR")).parent_path();
-    for (const Item& item : items())
-        std::cout << "item " << item.name << " " << nameOfState(item.read()) << "\n";
-    reportExposure(run, std::cout);
-    std::cout << (furtherWriteSucceeds() ? "further ok" : "further failed") << std::endl;
-    return 0;
+    Violations fault(options.text("where", ""));
+    const std::string before = options.text("before", "0"), ok = options.text("ok", "-") + ",";
+    for (const Item& item : items()) {
+        const std::string state = nameOfState(item.read());
+        if (state != before && state != "1" && state != "without-secret")
+            fault(std::string(item.name) + " is " + state);
+        else if (ok.find("," + std::string(item.name) + ",") != std::string::npos && state != "1")
+            fault(std::string(item.name) + " was written but reads as " + state);
+    }
+    reportExposure(fs::path(getenv("ZET_REGISTRY_DIR")).parent_path(), fault);
+    fault.expect(furtherWriteSucceeds(), "a further write after the faulty run failed");
+    return fault.exitCode();
 }
 
 int faultDriver(const Options& options)
 {
-    const fs::path folder = freshRunFolder();
-    struct Cleanup {
-        fs::path path;
-        ~Cleanup()
-        {
-            std::error_code ignored;
-            fs::remove_all(path, ignored);
-        }
-    } cleanup{folder};
-    const fs::path seeded = folder / "seeded", empty = folder / "empty", run = folder / "run";
+    // tmpfs where there is one: the syncs of a few thousand runs stay cheap.
+    const RunDirectory folder("fault", fs::is_directory("/dev/shm") ? "/dev/shm" : "/tmp");
+    const fs::path seeded = fs::path(folder.path()) / "seeded", empty = fs::path(folder.path()) / "empty",
+                   run = fs::path(folder.path()) / "run";
     seedStore(seeded);
     fs::create_directory(empty);
     setenv("ZET_REGISTRY_DIR", (run / "store").c_str(), 1);
 
-    Counts counts;
-    FaultRun faultRun(options, counts);
-    const long limit = options.number("max-n", 5000);
-    for (const std::string& from : splitList(options.text("from", "seeded,empty"))) {
-        for (const std::string& mode : splitList(options.text("modes", "once,always"))) {
+    Violations fault;
+    long runs = 0;
+    for (const char* from : {"seeded", "empty"}) {
+        for (const char* mode : {"once", "always"}) {
             for (const std::string& name : splitList(options.text("errnos", "ENOSPC,EIO,EACCES"))) {
                 const std::string label = name + " " + mode + " from " + from;
-                const long runs = faultRun.upTo(limit, from == "empty" ? empty : seeded, run, errnoByName(name),
-                                                mode == "always", label);
-                std::cout << label << ": " << runs << " runs with a failed call"
-                          << (runs == limit ? ", stopped at --max-n" : ", then one without") << std::endl;
+                const long faulty = runsUntilThrough(from == std::string("empty") ? empty : seeded, run,
+                                                     errnoByName(name), mode == std::string("always"), label, fault);
+                std::cout << label << ": " << faulty << " runs with a failed call" << std::endl;
                 // The writer always makes some of the calls counted: none failing means no shim.
-                if (runs == 0)
-                    std::cerr << "fault: " << label << ": no call failed at N=1; is the shim loaded?\n";
-                counts.violations += runs == limit || runs == 0;
+                fault.expect(faulty != 0, "fault " + label + ": no call failed; is the shim loaded?");
+                fault.expect(faulty != kMaxN, "fault " + label + ": the writer never ran through");
+                runs += faulty;
             }
         }
     }
-    std::cout << "calls made to fail:";
-    for (const auto& call : counts.faultedCalls)
-        std::cout << " " << call.first << " " << call.second;
-    std::cout << "\nstates seen after a faulty run:";
-    for (const auto& state : counts.statesSeen)
-        std::cout << " [" << state.first << "] " << state.second;
-    std::cout << "\nRegSetValueExW in the faulty writer gave:";
-    for (const auto& code : counts.directCodes)
-        std::cout << " [" << code.first << "] " << code.second;
-    std::cout << "\nprofiles left without their secret:";
-    for (const auto& label : counts.withoutSecret)
-        std::cout << " " << label.first << " " << label.second;
-    std::cout << "\nfault: " << counts.runs << " runs, " << counts.violations << " violations" << std::endl;
-    return counts.violations == 0 ? 0 : 1;
+    std::cout << "fault: " << runs << " runs, " << fault.count() << " violations" << std::endl;
+    return fault.exitCode();
 }
 
 }  // namespace zetstress

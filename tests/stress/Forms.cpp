@@ -1,5 +1,7 @@
 #include "Forms.h"
 
+#include <cwchar>
+#include <cwctype>
 #include <set>
 
 namespace zetstress {
@@ -35,6 +37,14 @@ unsigned char derivedByte(const std::wstring& tag, unsigned salt)
     return static_cast<unsigned char>(digest(tag, salt) >> 40);
 }
 
+bool sameForm(const ZETSerializeClass& found, const ZETSerializeClass& expected)
+{
+    ZETBuf foundBytes, expectedBytes;
+    found.serializeToBuf(foundBytes);
+    expected.serializeToBuf(expectedBytes);
+    return foundBytes == expectedBytes;
+}
+
 }  // namespace
 
 bool TagOrder::operator<(const TagOrder& other) const
@@ -50,22 +60,11 @@ std::wstring makeTag(const std::wstring& name, unsigned long incarnation, unsign
 bool parseTag(const std::wstring& tag, std::wstring& name, TagOrder& order)
 {
     const std::size_t hash = tag.rfind(L'#');
-    const std::size_t dot = tag.rfind(L'.');
-    if (hash == std::wstring::npos || dot == std::wstring::npos || dot < hash)
+    int used = 0;
+    if (hash == std::wstring::npos || tag.find_first_not_of(L"0123456789.", hash + 1) != std::wstring::npos ||
+        swscanf(tag.c_str() + hash + 1, L"%lu.%lu%n", &order.incarnation, &order.sequence, &used) != 2 ||
+        hash + 1 + static_cast<std::size_t>(used) != tag.size())
         return false;
-    try {
-        std::size_t used = 0;
-        const std::wstring incarnation = tag.substr(hash + 1, dot - hash - 1);
-        const std::wstring sequence = tag.substr(dot + 1);
-        order.incarnation = std::stoul(incarnation, &used);
-        if (used != incarnation.size())
-            return false;
-        order.sequence = std::stoul(sequence, &used);
-        if (used != sequence.size())
-            return false;
-    } catch (const std::exception&) {
-        return false;
-    }
     name = tag.substr(0, hash);
     return true;
 }
@@ -76,6 +75,13 @@ std::string narrow(const std::wstring& text)
     for (wchar_t c : text)
         out += c < 0x80 ? static_cast<char>(c) : '?';
     return out;
+}
+
+std::wstring lowerCase(std::wstring text)
+{
+    for (wchar_t& c : text)
+        c = static_cast<wchar_t>(std::towlower(c));
+    return text;
 }
 
 boost::shared_ptr<ZETNetworkSettings> profileForm(const std::wstring& tag)
@@ -95,10 +101,7 @@ boost::shared_ptr<ZETNetworkSettings> profileForm(const std::wstring& tag)
 
 bool isProfileForm(const ZETNetworkSettings& record)
 {
-    const boost::shared_ptr<ZETNetworkSettings> expected = profileForm(record.profileText);
-    return record.profileFlag1 == expected->profileFlag1 && record.profileFlag2 == expected->profileFlag2 &&
-           record.profileFlag3 == expected->profileFlag3 && record.profileFlag4 == expected->profileFlag4 &&
-           record.protectedBlob == expected->protectedBlob && record.plainBlob == expected->plainBlob;
+    return sameForm(record, *profileForm(record.profileText));
 }
 
 boost::shared_ptr<ZETFallbackSettings> fallbackForm(const std::wstring& owner, const std::wstring& network,
@@ -122,8 +125,7 @@ bool isFallbackForm(const ZETFallbackSettings& record, std::wstring& tag)
     TagOrder order;
     if (!parseTag(tag, name, order) || name != record.owner + L"/" + record.network)
         return false;
-    const boost::shared_ptr<ZETFallbackSettings> expected = fallbackForm(record.owner, record.network, tag);
-    return record.fallbackBytes1 == expected->fallbackBytes1 && record.fallbackBytes2 == expected->fallbackBytes2;
+    return sameForm(record, *fallbackForm(record.owner, record.network, tag));
 }
 
 ZETPreferredNetEntry entryForm(const std::wstring& tag)
@@ -143,10 +145,7 @@ ZETPreferredNetEntry entryForm(const std::wstring& tag)
 
 bool isEntryForm(const ZETPreferredNetEntry& entry)
 {
-    const ZETPreferredNetEntry expected = entryForm(entry.netName);
-    return entry.macAddress == expected.macAddress && entry.entryFlag == expected.entryFlag &&
-           entry.matchKind == expected.matchKind && entry.matchByte1 == expected.matchByte1 &&
-           entry.matchByte2 == expected.matchByte2;
+    return sameForm(entry, entryForm(entry.netName));
 }
 
 boost::shared_ptr<ZETUserSettings> userForm(const std::wstring& tag)
@@ -159,7 +158,7 @@ boost::shared_ptr<ZETUserSettings> userForm(const std::wstring& tag)
 
 bool isUserForm(const ZETUserSettings& record)
 {
-    return record.userBytes == userForm(record.userText)->userBytes;
+    return sameForm(record, *userForm(record.userText));
 }
 
 boost::shared_ptr<ZETPreferredNetworks> listForm(const std::wstring& tagPrefix, unsigned count, unsigned position)
@@ -184,6 +183,30 @@ std::string listFault(const ZETPreferredNetworks& list)
             return "entry '" + narrow(entry.netName) + "' stands twice";
     }
     return std::string();
+}
+
+bool readRegistryBinary(const std::wstring& subkey, const std::wstring& value, std::string& bytes, long& status)
+{
+    bytes.clear();
+    HKEY key = nullptr;
+    status = RegOpenKeyExW(HKEY_LOCAL_MACHINE, subkey.c_str(), 0, KEY_READ, &key);
+    if (status != ERROR_SUCCESS)
+        return false;
+    DWORD type = 0;
+    DWORD size = 0;
+    status = RegQueryValueExW(key, value.c_str(), nullptr, &type, nullptr, &size);
+    // The value may grow between the two calls: ask again until it fits.
+    while (status == ERROR_SUCCESS || status == ERROR_MORE_DATA) {
+        bytes.resize(size);
+        status = RegQueryValueExW(key, value.c_str(), nullptr, &type,
+                                  reinterpret_cast<BYTE*>(bytes.empty() ? nullptr : &bytes[0]), &size);
+        if (status == ERROR_SUCCESS) {
+            bytes.resize(size);
+            break;
+        }
+    }
+    RegCloseKey(key);
+    return status == ERROR_SUCCESS;
 }
 
 }  // namespace zetstress

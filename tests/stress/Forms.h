@@ -45,6 +45,8 @@ boost::shared_ptr<ZETPreferredNetworks> listForm(const std::wstring& tagPrefix, 
 std::string listFault(const ZETPreferredNetworks& list);
 
 std::string narrow(const std::wstring& text);
+// The form in which the store keeps an owner's name.
+std::wstring lowerCase(std::wstring text);
 
 // A stored value is one whole serial form when the record takes all its bytes and gives the
 // same bytes back; a cut or spliced value fails one of the two.
@@ -64,6 +66,22 @@ bool isWholeForm(const std::string& bytes, Record& record)
 const wchar_t* const kSettingsKey = L"Software\\Orvane\\QXL\\Settings";
 const wchar_t* const kListValue = L"ZET_NC_PREFERRED_NETWORKS";
 const wchar_t* const kAlertValue = L"ZET_ALERT_SETTINGS";
+
+// A binary value read through the registry functions, below the library: empty when absent.
+bool readRegistryBinary(const std::wstring& subkey, const std::wstring& value, std::string& bytes,
+                        long& status);
+
+// Reads a value of the settings key below the library: "" when it holds one whole form of the
+// record, "absent" when there is none, else what is wrong with it.
+template <typename Record>
+std::string readStored(const wchar_t* value, Record& record)
+{
+    std::string bytes;
+    long status = 0;
+    if (!readRegistryBinary(kSettingsKey, value, bytes, status))
+        return status == ERROR_FILE_NOT_FOUND ? "absent" : "unreadable, error " + std::to_string(status);
+    return isWholeForm(bytes, record) ? "" : "not one whole form (" + std::to_string(bytes.size()) + " bytes)";
+}
 
 }  // namespace zetstress
 

@@ -3,24 +3,34 @@
 #define ZETSETTINGS_TESTS_STRESS_OPTIONS_H
 
 #include <map>
+#include <stdexcept>
 #include <string>
-#include <vector>
 
 namespace zetstress {
 
 class Options {
 public:
-    Options(int argc, char** argv, int first);
-    long number(const std::string& name, long fallback) const;
-    std::string text(const std::string& name, const std::string& fallback) const;
+    Options(int argc, char** argv, int first)
+    {
+        for (int i = first; i < argc; i += 2) {
+            const std::string name = argv[i];
+            if (name.compare(0, 2, "--") != 0 || i + 1 >= argc)
+                throw std::invalid_argument("expected --name value, got '" + name + "'");
+            m_values[name.substr(2)] = argv[i + 1];
+        }
+    }
+    long number(const std::string& name, long fallback) const
+    {
+        return m_values.count(name) ? std::stol(m_values.at(name)) : fallback;
+    }
+    std::string text(const std::string& name, const std::string& fallback) const
+    {
+        return m_values.count(name) ? m_values.at(name) : fallback;
+    }
 
 private:
     std::map<std::string, std::string> m_values;
 };
-
-// The arguments that hand an option on to a child.
-std::vector<std::string> pass(const std::string& name, const std::string& value);
-std::vector<std::string> pass(const std::string& name, long value);
 
 }  // namespace zetstress
 

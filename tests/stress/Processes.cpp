@@ -1,19 +1,19 @@
 #include "Processes.h"
 
 #include <fcntl.h>
-#include <poll.h>
 #include <signal.h>
 #include <stdlib.h>
 #include <sys/mman.h>
+#include <sys/mount.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <chrono>
 #include <filesystem>
+#include <iostream>
 #include <stdexcept>
 #include <thread>
-
-#include <zetsettings/ZETSettings.h>
 
 #include "support/StartProgram_posix.h"
 
@@ -33,45 +33,62 @@ Ending endingOf(int status)
     return ending;
 }
 
-pid_t startWithOutput(const std::string& program, const std::vector<std::string>& args, int outputFd)
+// Starts the program with its standard output on `outputFd`.
+pid_t startWithOutput(const std::string& program, const std::vector<std::string>& args, int outputFd,
+                      const Environment& environment = {})
 {
-    return zettest::startProgram(program, args,
-                                 [outputFd] { return outputFd < 0 || dup2(outputFd, STDOUT_FILENO) >= 0; });
-}
-
-pid_t startSelfWithOutput(const std::vector<std::string>& args, int outputFd)
-{
-    return startWithOutput(zettest::kThisProgram, args, outputFd);
+    return zettest::startProgram(program, args, [outputFd, &environment] {
+        for (const auto& variable : environment)
+            setenv(variable.first.c_str(), variable.second.c_str(), 1);
+        return dup2(outputFd, STDOUT_FILENO) >= 0;
+    });
 }
 
 }  // namespace
 
-RunDirectory::RunDirectory()
+RunDirectory::RunDirectory(const std::string& name, const std::string& base)
 {
-    char pattern[] = "/tmp/zetsettings-stress-XXXXXX";
-    if (!mkdtemp(pattern))
+    std::string pattern = base + "/zetsettings-" + name + "-XXXXXX";
+    if (!mkdtemp(&pattern[0]))
         throw std::runtime_error("mkdtemp failed");
     m_path = pattern;
+    chmod(m_path.c_str(), 0755);
     setenv("ZET_REGISTRY_DIR", (m_path + "/store").c_str(), 1);
 }
 
 RunDirectory::~RunDirectory()
 {
+    if (m_mounted)
+        umount2(m_path.c_str(), MNT_DETACH);
     std::error_code ignored;
     std::filesystem::remove_all(m_path, ignored);
 }
 
+void Violations::operator()(const std::string& what)
+{
+    std::cerr << "VIOLATION: " << m_where << what << "\n";
+    ++m_count;
+}
+
+std::string describe(const Ending& ending)
+{
+    if (!ending.finished)
+        return "did not end in time";
+    if (ending.signal)
+        return "died of signal " + std::to_string(ending.signal);
+    return "exited with " + std::to_string(ending.exitCode);
+}
+
 pid_t startSelf(const std::vector<std::string>& args)
 {
-    return startSelfWithOutput(args, -1);
+    return zettest::startProgram(zettest::kThisProgram, args);
 }
 
 pid_t startProgram(const std::string& path, const std::vector<std::string>& args)
 {
     const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
     const pid_t pid = startWithOutput(path, args, nowhere);
-    if (nowhere >= 0)
-        close(nowhere);
+    close(nowhere);
     return pid;
 }
 
@@ -91,6 +108,14 @@ Ending waitWithin(pid_t pid, int milliseconds)
     }
 }
 
+Ending killUnlessEnded(pid_t pid)
+{
+    const Ending ending = waitWithin(pid, 0);
+    if (!ending.finished)
+        killAndReap(pid);
+    return ending;
+}
+
 void killAndReap(pid_t pid)
 {
     kill(pid, SIGKILL);
@@ -99,32 +124,25 @@ void killAndReap(pid_t pid)
     }
 }
 
-Ending runSelf(const std::vector<std::string>& args, int milliseconds, std::string& output)
+// The output goes to an unlinked file rather than a pipe, so a child that writes much never
+// blocks on a reader.
+Ending runSelf(const std::vector<std::string>& args, int milliseconds, std::string& output,
+               const Environment& environment)
 {
-    int fds[2];
-    if (pipe2(fds, O_CLOEXEC) != 0)
-        throw std::runtime_error("pipe failed");
-    const pid_t pid = startSelfWithOutput(args, fds[1]);
-    close(fds[1]);
-    const Clock::time_point deadline = Clock::now() + std::chrono::milliseconds(milliseconds);
-    output.clear();
-    bool open = true;
-    while (open && Clock::now() < deadline) {
-        pollfd readable = {fds[0], POLLIN, 0};
-        if (poll(&readable, 1, 50) <= 0)
-            continue;
-        char chunk[4096];
-        const ssize_t got = read(fds[0], chunk, sizeof(chunk));
-        if (got > 0)
-            output.append(chunk, static_cast<std::size_t>(got));
-        else if (got == 0 || errno != EINTR)
-            open = false;
-    }
-    close(fds[0]);
-    const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now()).count();
-    const Ending ending = waitWithin(pid, static_cast<int>(std::max<long long>(left, 1)));
+    char path[] = "/tmp/zetsettings-output-XXXXXX";
+    const int fd = mkostemp(path, O_CLOEXEC);
+    if (fd < 0)
+        throw std::runtime_error("no file for a child's output");
+    unlink(path);
+    const pid_t pid = startWithOutput(zettest::kThisProgram, args, fd, environment);
+    const Ending ending = waitWithin(pid, milliseconds);
     if (!ending.finished)
         killAndReap(pid);
+    output.clear();
+    char chunk[4096];
+    for (ssize_t got; (got = pread(fd, chunk, sizeof(chunk), static_cast<off_t>(output.size()))) > 0;)
+        output.append(chunk, static_cast<std::size_t>(got));
+    close(fd);
     return ending;
 }
 
@@ -153,30 +171,6 @@ uint64_t SharedCounters::sum() const
     for (std::size_t i = 0; i < m_count; ++i)
         total += m_counters[i].load();
     return total;
-}
-
-bool readRegistryBinary(const std::wstring& subkey, const std::wstring& value, std::string& bytes, long& status)
-{
-    bytes.clear();
-    HKEY key = nullptr;
-    status = RegOpenKeyExW(HKEY_LOCAL_MACHINE, subkey.c_str(), 0, KEY_READ, &key);
-    if (status != ERROR_SUCCESS)
-        return false;
-    DWORD type = 0;
-    DWORD size = 0;
-    status = RegQueryValueExW(key, value.c_str(), nullptr, &type, nullptr, &size);
-    // The value may grow between the two calls: ask again until it fits.
-    while (status == ERROR_SUCCESS || status == ERROR_MORE_DATA) {
-        bytes.resize(size);
-        status = RegQueryValueExW(key, value.c_str(), nullptr, &type,
-                                  reinterpret_cast<BYTE*>(bytes.empty() ? nullptr : &bytes[0]), &size);
-        if (status == ERROR_SUCCESS) {
-            bytes.resize(size);
-            break;
-        }
-    }
-    RegCloseKey(key);
-    return status == ERROR_SUCCESS;
 }
 
 void pauseMilliseconds(int milliseconds)

@@ -9,22 +9,46 @@
 #include <atomic>
 #include <cstdint>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace zetstress {
 
-// A store of the run's own: a fresh directory whose "store" folder ZET_REGISTRY_DIR names for
-// this process and every child; the machine key lands beside it, inside the same directory.
+// A fresh directory of the run's own, removed at the end (unmounted first when something was
+// mounted on it); ZET_REGISTRY_DIR names its "store" folder for this process and every child,
+// so the machine key lands beside it. Open to others to read: a child acting as another user
+// must reach the store inside.
 class RunDirectory {
 public:
-    RunDirectory();
+    explicit RunDirectory(const std::string& name = "stress", const std::string& base = "/tmp");
     ~RunDirectory();
     RunDirectory(const RunDirectory&) = delete;
     RunDirectory& operator=(const RunDirectory&) = delete;
     const std::string& path() const { return m_path; }
+    void setMounted() { m_mounted = true; }
 
 private:
     std::string m_path;
+    bool m_mounted = false;
+};
+
+// Counts broken invariants, each told on standard error.
+class Violations {
+public:
+    explicit Violations(std::string where = "") : m_where(std::move(where)) {}
+    void operator()(const std::string& what);
+    // Counts a promise that was not kept.
+    void expect(bool kept, const std::string& promise)
+    {
+        if (!kept)
+            (*this)(promise);
+    }
+    int count() const { return m_count; }
+    int exitCode() const { return m_count == 0 ? 0 : 1; }
+
+private:
+    std::string m_where;
+    int m_count = 0;
 };
 
 // Starts this program again with the given arguments.
@@ -36,14 +60,20 @@ struct Ending {
     bool finished = false;  // false: still running when the bound passed
     int exitCode = -1;      // -1 when ended by a signal
     int signal = 0;
+    bool succeeded() const { return finished && exitCode == 0; }
 };
+std::string describe(const Ending& ending);
 
 Ending waitWithin(pid_t pid, int milliseconds);
 void killAndReap(pid_t pid);
+// Kills the process unless it has already ended; returns how it had ended, if it had.
+Ending killUnlessEnded(pid_t pid);
 
-// Runs this program in a role and collects its standard output, within a bound; on a timeout
-// the child is killed.
-Ending runSelf(const std::vector<std::string>& args, int milliseconds, std::string& output);
+// Runs this program in a role, with the given variables set in its environment, and collects
+// its standard output, within a bound; on a timeout the child is killed.
+using Environment = std::vector<std::pair<std::string, std::string>>;
+Ending runSelf(const std::vector<std::string>& args, int milliseconds, std::string& output,
+               const Environment& environment = {});
 
 // Counters in a file that the driver and its children map shared, so that the driver can
 // count the operations of children that it kills.
@@ -60,10 +90,6 @@ private:
     std::atomic<uint64_t>* m_counters;
     std::size_t m_count;
 };
-
-// A binary value read through the registry functions, below the library: empty when absent.
-bool readRegistryBinary(const std::wstring& subkey, const std::wstring& value, std::string& bytes,
-                        long& status);
 
 void pauseMilliseconds(int milliseconds);
 

@@ -1,18 +1,16 @@
-// zetsettings_stress: the crash and contention tests of the store, with real processes.
+// zetsettings_stress: the crash, contention, fault, whole-operation and environment tests of
+// the store, with real processes.
 //
 //   zetsettings_stress crash [--kills 250] [--workers 4] [--max-pause-ms 40] [--seed N]
-//                            [--check-timeout-ms 20000] [--only profiles,fallback,chooser,alerts]
+//                            [--check-timeout-ms 20000]
 //   zetsettings_stress contention [--seconds 60] [--processes 8] [--threads 4] [--walk 61]
-//                                 [--user-writers 1] [--walk-by library|read-then-write]
-//   zetsettings_stress fault [--errnos ENOSPC,EIO,EACCES] [--modes once,always] [--from seeded,empty]
-//                            [--max-n 5000]
-//                            [--timeout-ms 20000] [--shim path]
-//   zetsettings_stress whole [--kills 100] [--records 2000] [--values 2000] [--tool path] [--seed N]
+//   zetsettings_stress fault [--errnos ENOSPC,EIO,EACCES]
+//   zetsettings_stress whole --tool path [--kills 100] [--records 2000] [--values 2000] [--seed N]
 //   zetsettings_stress full-disk | unmade-store | unreadable-key
 //
 // Each run works on a store of its own in a fresh temporary directory, removed at the end,
 // and exits non-zero when any invariant was seen broken. The other roles are the children
-// that the two drivers start.
+// that the drivers start.
 #include <cstring>
 #include <iostream>
 

@@ -17,8 +17,9 @@
 #include <algorithm>
 #include <chrono>
 #include <cstring>
+#include <functional>
 #include <fstream>
-#include <map>
+#include <set>
 #include <stdexcept>
 #include <iostream>
 #include <random>
@@ -53,54 +54,28 @@ std::wstring networkOf(long record)
     return L"Whole network " + std::to_wstring(record);
 }
 
-class Key {
-public:
-    Key(HKEY parent, const std::wstring& name, REGSAM access)
-        : m_status(RegOpenKeyExW(parent, name.c_str(), 0, access, &m_key))
-    {
-    }
-    ~Key()
-    {
-        if (m_status == ERROR_SUCCESS)
-            RegCloseKey(m_key);
-    }
-    bool open() const { return m_status == ERROR_SUCCESS; }
-    HKEY get() const { return m_key; }
-
-private:
-    HKEY m_key = nullptr;
-    LONG m_status;
-};
-
-std::vector<std::wstring> subkeysOf(HKEY key)
+// Calls visit(key, value name, data) for every value of every subkey of `parent`.
+template <class Visit>
+void forEachValue(const std::wstring& parent, REGSAM access, Visit visit)
 {
-    std::vector<std::wstring> names;
-    for (DWORD index = 0;; ++index) {
-        wchar_t name[256];
-        DWORD units = 256;
-        if (RegEnumKeyExW(key, index, name, &units, nullptr, nullptr, nullptr, nullptr) != ERROR_SUCCESS)
-            return names;
-        names.emplace_back(name, units);
-    }
-}
-
-struct Value {
-    std::wstring name;
-    std::string data;
-};
-
-std::vector<Value> valuesOf(HKEY key)
-{
-    std::vector<Value> values;
-    for (DWORD index = 0;; ++index) {
-        wchar_t name[512];
-        DWORD units = 512;
+    HKEY top = nullptr;
+    if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, parent.c_str(), 0, KEY_READ, &top) != ERROR_SUCCESS)
+        return;
+    wchar_t name[512];
+    DWORD units = 512;
+    for (DWORD k = 0; RegEnumKeyExW(top, k, name, &units, nullptr, nullptr, nullptr, nullptr) == ERROR_SUCCESS;
+         ++k, units = 512) {
+        HKEY key = nullptr;
+        if (RegOpenKeyExW(top, name, 0, access, &key) != ERROR_SUCCESS)
+            continue;
         BYTE data[4096];
         DWORD size = sizeof(data);
-        if (RegEnumValueW(key, index, name, &units, nullptr, nullptr, data, &size) != ERROR_SUCCESS)
-            return values;
-        values.push_back({std::wstring(name, units), std::string(reinterpret_cast<char*>(data), size)});
+        for (DWORD v = 0; (units = 512, RegEnumValueW(key, v, name, &units, nullptr, nullptr, data, &size)) == ERROR_SUCCESS;
+             ++v, size = sizeof(data))
+            visit(key, std::wstring(name, units), std::string(reinterpret_cast<char*>(data), size));
+        RegCloseKey(key);
     }
+    RegCloseKey(top);
 }
 
 // Whether the stored bytes are a record's form and nothing behind it.
@@ -109,20 +84,6 @@ bool isBareForm(const std::string& data)
     ZETFallbackSettings record;
     return record.deserialize(reinterpret_cast<const unsigned char*>(data.data()), static_cast<int>(data.size())) ==
            static_cast<int>(data.size());
-}
-
-// Calls visit(ownerKey, value) for every record of the database.
-template <class Visit>
-void forEachRecord(REGSAM access, Visit visit)
-{
-    Key database(HKEY_LOCAL_MACHINE, kDatabaseKey, KEY_READ);
-    if (!database.open())
-        return;
-    for (const std::wstring& owner : subkeysOf(database.get())) {
-        Key ownerKey(database.get(), owner, access);
-        for (const Value& value : valuesOf(ownerKey.get()))
-            visit(ownerKey.get(), value);
-    }
 }
 
 void plantDatabase(long records)
@@ -141,26 +102,28 @@ void plantDatabase(long records)
 void strayEveryRecord()
 {
     zet::RegistryBatch batch;
-    forEachRecord(KEY_ALL_ACCESS, [](HKEY owner, const Value& value) {
-        if (!isBareForm(value.data))
-            return;
-        const std::string stray = value.data + '\xEE';
-        RegSetValueExW(owner, value.name.c_str(), 0, REG_BINARY, reinterpret_cast<const BYTE*>(stray.data()),
-                       static_cast<DWORD>(stray.size()));
+    forEachValue(kDatabaseKey, KEY_ALL_ACCESS, [](HKEY owner, const std::wstring& name, const std::string& data) {
+        const std::string stray = data + '\xEE';
+        if (isBareForm(data))
+            RegSetValueExW(owner, name.c_str(), 0, REG_BINARY, reinterpret_cast<const BYTE*>(stray.data()),
+                           static_cast<DWORD>(stray.size()));
     });
 }
 
-// ---- the fallback worker --------------------------------------------------------------------
+}  // namespace
 
-int fallbackWorker(const Options& options)
+// Runs `--cycles` cycles, or without end when 0.
+int wholeFallbackWorker(const Options& options)
 {
-    SharedCounters cycles(options.text("counters", ""), 1, false);
-    for (long cycle = 1;; ++cycle) {
+    const long cycles = options.number("cycles", 0);
+    for (long cycle = 1; cycles == 0 || cycle <= cycles; ++cycle) {
         strayEveryRecord();
         ZETSettings::setFallbackSettings(fallbackForm(ownerOf(cycle), L"Added " + std::to_wstring(cycle), L"added"));
-        cycles[0].fetch_add(1);
     }
+    return 0;
 }
+
+namespace {
 
 // ---- the import files -----------------------------------------------------------------------
 
@@ -209,152 +172,98 @@ int checkFallback(long records)
 {
     WholeRead whole;
     long stray = 0, bare = 0;
-    forEachRecord(KEY_READ, [&](HKEY, const Value& value) { ++(isBareForm(value.data) ? bare : stray); });
-    std::cout << "records " << stray + bare << " stray " << stray << "\n";
-    if (stray != 0 && bare != 0) {
-        std::cerr << "VIOLATION: " << stray << " records with the stray byte and " << bare << " without\n";
-        return 1;
-    }
-    if (stray + bare < records) {
-        std::cerr << "VIOLATION: only " << stray + bare << " of " << records << " records\n";
-        return 1;
-    }
-    return 0;
+    forEachValue(kDatabaseKey, KEY_READ,
+                 [&](HKEY, const std::wstring&, const std::string& data) { ++(isBareForm(data) ? bare : stray); });
+    Violations fault;
+    fault.expect(stray == 0 || bare == 0, std::to_string(stray) + " records with the stray byte and " +
+                                              std::to_string(bare) + " without");
+    fault.expect(stray + bare >= records, "only " + std::to_string(stray + bare) + " of " + std::to_string(records) +
+                                              " records");
+    return fault.exitCode();
 }
 
 int checkImport(long values)
 {
     WholeRead whole;
-    std::map<long, long> generations;
+    std::set<uint32_t> generations;
     long found = 0;
-    for (long key = 0; key < kImportKeys; ++key) {
-        Key imported(HKEY_LOCAL_MACHINE, std::wstring(kImportKey) + L"\\Key" + std::to_wstring(key), KEY_READ);
-        if (!imported.open())
-            continue;
-        for (const Value& value : valuesOf(imported.get())) {
-            uint32_t generation = 0;
-            std::memcpy(&generation, value.data.data(), std::min<std::size_t>(4, value.data.size()));
-            ++generations[static_cast<long>(generation)];
-            ++found;
-        }
-    }
-    std::cout << "values " << found << " generations " << generations.size() << "\n";
-    if (found != 0 && (found != values || generations.size() != 1)) {
-        std::cerr << "VIOLATION: " << found << " of " << values << " values, from " << generations.size()
-                  << " imports\n";
-        return 1;
-    }
-    return 0;
+    forEachValue(kImportKey, KEY_READ, [&](HKEY, const std::wstring&, const std::string& data) {
+        uint32_t generation = 0;
+        std::memcpy(&generation, data.data(), std::min<std::size_t>(4, data.size()));
+        generations.insert(generation);
+        ++found;
+    });
+    Violations fault;
+    fault.expect(found == 0 || (found == values && generations.size() == 1),
+                 std::to_string(found) + " of " + std::to_string(values) + " values, from " +
+                     std::to_string(generations.size()) + " imports");
+    return fault.exitCode();
 }
 
 // ---- the driver -----------------------------------------------------------------------------
 
+// An operation killed at random instants: `start(run)` starts run number `run`; run 0 is one
+// whole operation that ends by itself, and times the kills, which fall within `spread` times it.
+struct Operation {
+    std::string what;  // also what whole-check checks
+    long expected;
+    std::function<pid_t(long run)> start;
+    double spread;
+    bool endless;  // the later runs never end by themselves, so checks may run beside them
+};
+
 class WholeDriver {
 public:
     explicit WholeDriver(const Options& options)
-        : m_kills(options.number("kills", 100)), m_records(options.number("records", 2000)),
-          m_values(options.number("values", 2000)), m_tool(options.text("tool", "")),
+        : m_kills(options.number("kills", 100)),
           m_seed(static_cast<unsigned>(options.number("seed", std::random_device()()))), m_random(m_seed)
     {
     }
 
-    int run()
+    // A check follows every kill, and every few kills one runs beside an endless operation:
+    // what it sees must be a committed state too.
+    int run(const Operation& operation)
     {
-        int faults = runFallback();
-        if (m_tool.empty())
-            std::cout << "import: skipped, no --tool given\n";
-        else
-            faults += runImport();
-        return faults == 0 ? 0 : 1;
-    }
-
-private:
-    int check(const std::string& what, long expected)
-    {
-        std::string output;
-        const Ending ending = runSelf({"whole-check", "--what", what, "--expected", std::to_string(expected)}, 60000,
-                                      output);
-        return ending.finished && ending.exitCode == 0 ? 0 : 1;
-    }
-
-    int killAfter(pid_t pid, double milliseconds)
-    {
-        pauseMilliseconds(static_cast<int>(milliseconds));
-        const Ending early = waitWithin(pid, 0);
-        if (!early.finished)
-            killAndReap(pid);
-        return early.finished ? 1 : 0;
-    }
-
-    int runFallback()
-    {
-        RunDirectory run;
-        plantDatabase(m_records);
-        SharedCounters cycles(run.path() + "/cycles", 1, true);
-        const std::vector<std::string> worker{"whole-fallback-worker", "--counters", run.path() + "/cycles"};
-        // One cycle's length, from a worker left alone for a while.
-        const pid_t first = startSelf(worker);
         const Clock::time_point start = Clock::now();
-        while (cycles[0].load() < 3 && Clock::now() - start < std::chrono::seconds(120))
-            pauseMilliseconds(5);
-        const double cycle = std::chrono::duration<double, std::milli>(Clock::now() - start).count() / 3;
-        killAndReap(first);
-        int faults = check("fallback", m_records);
-        long inside = 0;
-        for (long kill = 0; kill < m_kills && faults == 0; ++kill) {
-            const pid_t pid = startSelf(worker);
-            const uint64_t before = cycles[0].load();
-            faults += concurrentCheck("fallback", m_records, kill);
-            faults += killAfter(pid, std::uniform_real_distribution<double>(0, 3 * cycle)(m_random));
-            inside += cycles[0].load() > before ? 1 : 0;
-            faults += check("fallback", m_records);
-        }
-        std::cout << "whole test, setFallbackSettings on " << m_records << " records (seed " << m_seed << "): "
-                  << m_kills << " SIGKILLs, a cycle of about " << static_cast<long>(cycle) << " ms, " << inside
-                  << " kills after the worker's first whole cycle; "
-                  << (faults == 0 ? "no violation" : std::to_string(faults) + " violation(s)") << "\n";
-        return faults;
-    }
-
-    // Every few kills a check runs while the worker works: what it sees is a committed state.
-    int concurrentCheck(const std::string& what, long expected, long kill)
-    {
-        return kill % 5 == 4 ? check(what, expected) : 0;
-    }
-
-    int runImport()
-    {
-        RunDirectory run;
-        const std::string files[] = {importFile(run.path(), 1, m_values), importFile(run.path(), 2, m_values)};
-        const Clock::time_point start = Clock::now();
-        if (waitWithin(startProgram(m_tool, {"reg", "import", files[0]}), 120000).exitCode != 0) {
-            std::cerr << "VIOLATION: the first import failed\n";
+        if (!waitWithin(operation.start(0), 120000).succeeded()) {
+            std::cerr << "VIOLATION: a whole " << operation.what << " run failed\n";
             return 1;
         }
         const double length = std::chrono::duration<double, std::milli>(Clock::now() - start).count();
-        int faults = check("import", m_values);
-        long completed = 0;
+        int faults = check(operation);
+        long ended = 0;
         for (long kill = 0; kill < m_kills && faults == 0; ++kill) {
-            const pid_t pid = startProgram(m_tool, {"reg", "import", files[(kill + 1) % 2]});
-            pauseMilliseconds(static_cast<int>(std::uniform_real_distribution<double>(0, 1.2 * length)(m_random)));
-            const Ending ending = waitWithin(pid, 0);
-            if (ending.finished)
-                ++completed;
-            else
-                killAndReap(pid);
-            faults += check("import", m_values);
+            const pid_t pid = operation.start(kill + 1);
+            faults += operation.endless && kill % 5 == 4 ? check(operation) : 0;
+            pauseMilliseconds(
+                static_cast<int>(std::uniform_real_distribution<double>(0, operation.spread * length)(m_random)));
+            const Ending ending = killUnlessEnded(pid);
+            ended += ending.finished;
+            if (ending.finished && (operation.endless || !ending.succeeded())) {
+                std::cerr << "VIOLATION: a " << operation.what << " run " << describe(ending) << " by itself\n";
+                ++faults;
+            }
+            faults += check(operation);
         }
-        std::cout << "whole test, reg import of " << m_values << " values (seed " << m_seed << "): " << m_kills
-                  << " runs, one of about " << static_cast<long>(length) << " ms, " << m_kills - completed
-                  << " killed before they ended; "
+        std::cout << "whole test, " << operation.what << " on " << operation.expected << " (seed " << m_seed
+                  << "): " << m_kills << " runs, a whole one takes " << static_cast<long>(length) << " ms, "
+                  << m_kills - ended << " killed; "
                   << (faults == 0 ? "no violation" : std::to_string(faults) + " violation(s)") << "\n";
         return faults;
     }
 
+private:
+    int check(const Operation& operation)
+    {
+        std::string output;
+        return runSelf({"whole-check", "--what", operation.what, "--expected", std::to_string(operation.expected)},
+                       60000, output)
+                       .succeeded()
+                   ? 0
+                   : 1;
+    }
+
     long m_kills;
-    long m_records;
-    long m_values;
-    std::string m_tool;
     unsigned m_seed;
     std::mt19937 m_random;
 };
@@ -363,12 +272,22 @@ private:
 
 int wholeDriver(const Options& options)
 {
-    return WholeDriver(options).run();
-}
-
-int wholeFallbackWorker(const Options& options)
-{
-    return fallbackWorker(options);
+    WholeDriver driver(options);
+    const long records = options.number("records", 2000), values = options.number("values", 2000);
+    int faults = 0;
+    {
+        RunDirectory run;
+        plantDatabase(records);
+        faults += driver.run({"fallback", records, [](long n) {
+                                  return startSelf({"whole-fallback-worker", "--cycles", n == 0 ? "1" : "0"});
+                              }, 3, true});
+    }
+    const std::string tool = options.text("tool", "");
+    RunDirectory run;
+    const std::string files[] = {importFile(run.path(), 1, values), importFile(run.path(), 2, values)};
+    faults += driver.run({"import", values, [&](long n) { return startProgram(tool, {"reg", "import", files[n % 2]}); },
+                          1.2, false});
+    return faults == 0 ? 0 : 1;
 }
 
 int wholeCheck(const Options& options)
