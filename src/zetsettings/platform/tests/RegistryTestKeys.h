@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "support/TestRegistry.h"
 #include "zetsettings/platform/Win32.h"
 
 namespace zettest {
@@ -72,6 +73,14 @@ inline ScopedKey testKey(const std::wstring& name, HKEY root = HKEY_LOCAL_MACHIN
     EXPECT_EQ(ERROR_SUCCESS, status) << "creating the test key";
     return key;
 }
+
+// A registry of the test's own, with a fresh key below the tests' root to work in.
+class RegistryKeyTest : public RegistryTest {
+protected:
+    static constexpr const wchar_t* kBaseName = L"Base";
+    void SetUp() override { base = testKey(kBaseName); }
+    ScopedKey base, key;
+};
 
 inline LONG setDword(HKEY key, const wchar_t* name, DWORD value)
 {
