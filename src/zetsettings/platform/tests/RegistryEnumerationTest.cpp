@@ -29,12 +29,6 @@ std::vector<std::wstring> numberedNames(const std::wstring& stem, int count)
     return names;
 }
 
-std::vector<std::wstring> sorted(std::vector<std::wstring> names)
-{
-    std::sort(names.begin(), names.end());
-    return names;
-}
-
 TEST_F(RegistryEnumeration, EverySubkeyAndValueComesOnceInItsOwnCaseWithItsData)
 {
     const std::vector<std::wstring> names = numberedNames(L"Sub", 60);

@@ -37,10 +37,7 @@ TEST_F(RegistryKeys, NamesIgnoreCaseKeepTheirFirstCaseAndLookAlikesStayApart)
     ASSERT_EQ(ERROR_SUCCESS, createKey(base.get(), L"MIXEDCASE", key, KEY_ALL_ACCESS, &disposition));
     EXPECT_EQ(static_cast<DWORD>(REG_OPENED_EXISTING_KEY), disposition);
     EXPECT_EQ(ERROR_SUCCESS, openKey(base.get(), L"\u00e4RGER\u03b1\u03c3", key));
-    std::vector<std::wstring> seen = subkeyNames(base.get());
-    std::sort(names.begin(), names.end());
-    std::sort(seen.begin(), seen.end());
-    EXPECT_EQ(names, seen);
+    EXPECT_EQ(sorted(names), sorted(subkeyNames(base.get())));
 }
 
 TEST_F(RegistryKeys, AnEmptySubkeyIsTheKeyItselfAndPathsTakeOnlyTrailingBackslashes)

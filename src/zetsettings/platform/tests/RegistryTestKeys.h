@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -101,6 +102,13 @@ inline LONG setString(HKEY key, const wchar_t* name, const std::wstring& text, D
 {
     return RegSetValueExW(key, name, 0, type, reinterpret_cast<const BYTE*>(text.c_str()),
                           static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t)));
+}
+
+// Names in a fixed order: the order of an enumeration is the registry's own.
+inline std::vector<std::wstring> sorted(std::vector<std::wstring> names)
+{
+    std::sort(names.begin(), names.end());
+    return names;
 }
 
 // Every name that `enumerate` (RegEnumKeyExW or RegEnumValueW, less their optional arguments)

@@ -82,9 +82,7 @@ TEST_F(RegistryValues, NamesIgnoreCaseKeepTheCaseOfTheFirstWriteAndTheDefaultIsE
     EXPECT_EQ(3u, value);
     EXPECT_EQ(ERROR_SUCCESS, getDword(base.get(), nullptr, value));
     EXPECT_EQ(12u, value);
-    std::vector<std::wstring> names = valueNames(base.get());
-    std::sort(names.begin(), names.end());
-    EXPECT_EQ((std::vector<std::wstring>{L"", L"Foo", L"\u00e9t\u00e9"}), names);
+    EXPECT_EQ((std::vector<std::wstring>{L"", L"Foo", L"\u00e9t\u00e9"}), sorted(valueNames(base.get())));
 }
 
 TEST_F(RegistryValues, SizesAreAskedWithoutABufferAndShortBuffersAreRefused)
