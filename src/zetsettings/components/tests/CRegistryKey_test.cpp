@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <cstring>
+#include <string>
 #include <functional>
 #include <set>
 
@@ -21,6 +21,18 @@ protected:
         return CRegistryKey(HKEY_LOCAL_MACHINE).CreateOrOpenKeyEx(L"Software\\ZetTest", 0, L"", 0, KEY_ALL_ACCESS);
     }
 };
+
+// A binary value as the wrapper reads it, its buffer freed.
+std::basic_string<BYTE> bytesOf(CRegistryKey& key, const wchar_t* name)
+{
+    BYTE* bytes = nullptr;
+    DWORD length = 0;
+    key.QueryValue(name, &bytes, length);
+    EXPECT_NE(nullptr, bytes) << "a buffer even for no bytes";
+    const std::basic_string<BYTE> result(bytes, length);
+    std::free(bytes);
+    return result;
+}
 
 DWORD errorOf(const std::function<void()>& action)
 {
@@ -65,24 +77,13 @@ TEST_F(CRegistryKeyTest, ValuesComeBackWithTheirTypeNamesMatchInAnyCaseAndOtherT
     ASSERT_NE(nullptr, text);
     EXPECT_EQ(std::wstring(L"Caf\u00E9"), text);
     std::free(text);
-    BYTE* bytes = nullptr;
-    DWORD length = 0;
-    key.QueryValue(L"raw", &bytes, length);
-    ASSERT_EQ(sizeof(raw), length);
-    EXPECT_EQ(0, std::memcmp(raw, bytes, length));
-    std::free(bytes);
+    EXPECT_EQ(std::basic_string<BYTE>(raw, sizeof(raw)), bytesOf(key, L"raw"));
     // Beyond the first guess of the read, and nothing at all: both come back whole.
     const std::basic_string<BYTE> large(5000, 0xA5);
     key.SetValue(L"Large", large.data(), static_cast<DWORD>(large.size()));
     key.SetValue(L"Empty", raw, 0);
-    key.QueryValue(L"large", &bytes, length);
-    EXPECT_EQ(large, std::basic_string<BYTE>(bytes, length));
-    std::free(bytes);
-    bytes = nullptr;
-    key.QueryValue(L"empty", &bytes, length);
-    EXPECT_NE(nullptr, bytes);
-    EXPECT_EQ(0u, length);
-    std::free(bytes);
+    EXPECT_EQ(large, bytesOf(key, L"large"));
+    EXPECT_TRUE(bytesOf(key, L"empty").empty());
 
     CRegistryKey::Value value = key.QueryValue(L"Name");
     EXPECT_EQ(static_cast<DWORD>(REG_SZ), value.Type());

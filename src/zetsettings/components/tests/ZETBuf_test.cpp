@@ -4,22 +4,16 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <vector>
 
 #include "zetsettings/components/ZETBuf.h"
 #include "zetsettings/components/ZETMacAddress.h"
 #include "zetsettings/components/ser_string.h"
+#include "zetsettings/serial/tests/SerialTestBytes.h"
 
 namespace {
 
-using Bytes = std::vector<unsigned char>;
-
-Bytes written(const ZETSerializeInterface& object)
-{
-    Bytes bytes(static_cast<std::size_t>(object.getSerLength()));
-    EXPECT_EQ(object.serialize(bytes.data()), static_cast<int>(bytes.size()));
-    return bytes;
-}
+using zetserialtest::Bytes;
+using zetserialtest::written;
 
 Bytes bytesOf(const ZETBuf& buffer)
 {
@@ -28,27 +22,15 @@ Bytes bytesOf(const ZETBuf& buffer)
 
 // The three types behave alike on the wire; each case runs on all of them.
 template <typename T>
-class CountedBytes : public ::testing::Test {
-protected:
-    static T make(const std::string& bytes);
-    static std::string held(const T& object);
-};
+T make(const std::string& bytes) { return T(bytes.data(), bytes.size()); }
+template <>
+ser_string make<ser_string>(const std::string& bytes) { return ser_string(bytes); }
+std::string held(const ZETBuf& object) { return object.bytes(); }
+std::string held(const ZETMacAddress& object) { return object.bytes(); }
+std::string held(const ser_string& object) { return object; }
 
-template <>
-ZETBuf CountedBytes<ZETBuf>::make(const std::string& bytes) { return ZETBuf(bytes.data(), bytes.size()); }
-template <>
-std::string CountedBytes<ZETBuf>::held(const ZETBuf& object) { return object.bytes(); }
-template <>
-ser_string CountedBytes<ser_string>::make(const std::string& bytes) { return ser_string(bytes); }
-template <>
-std::string CountedBytes<ser_string>::held(const ser_string& object) { return object; }
-template <>
-ZETMacAddress CountedBytes<ZETMacAddress>::make(const std::string& bytes)
-{
-    return ZETMacAddress(bytes.data(), bytes.size());
-}
-template <>
-std::string CountedBytes<ZETMacAddress>::held(const ZETMacAddress& object) { return object.bytes(); }
+template <typename T>
+class CountedBytes : public ::testing::Test {};
 
 using CountedTypes = ::testing::Types<ZETBuf, ser_string, ZETMacAddress>;
 TYPED_TEST_SUITE(CountedBytes, CountedTypes);
@@ -56,22 +38,22 @@ TYPED_TEST_SUITE(CountedBytes, CountedTypes);
 TYPED_TEST(CountedBytes, ReadsItsOwnFormAndStopsBehindIt)
 {
     const std::string content(300, '\x7E');
-    Bytes bytes = written(this->make(content));
+    Bytes bytes = written(make<TypeParam>(content));
     bytes.push_back(0x99);
     ZETBufferBChk cursor(bytes.data(), static_cast<uint32_t>(bytes.size()));
-    TypeParam back = this->make("old");
+    TypeParam back = make<TypeParam>("old");
     EXPECT_EQ(back.deserialize(cursor), 304);
     EXPECT_EQ(cursor.position, 304u);
-    EXPECT_EQ(this->held(back), content);
+    EXPECT_EQ(held(back), content);
 }
 
 TYPED_TEST(CountedBytes, CountPastTheEndFailsAndKeepsTheContent)
 {
     for (const Bytes& bytes : {Bytes{5, 0, 0, 0, 1, 2}, Bytes{0xFF, 0xFF, 0xFF, 0xFF, 1}, Bytes{1, 0, 0}}) {
         ZETBufferBChk cursor(bytes.data(), static_cast<uint32_t>(bytes.size()));
-        TypeParam object = this->make("kept");
+        TypeParam object = make<TypeParam>("kept");
         EXPECT_EQ(object.deserialize(cursor), 0);
-        EXPECT_EQ(this->held(object), "kept");
+        EXPECT_EQ(held(object), "kept");
         EXPECT_LE(cursor.position, 4u);
     }
 }

@@ -62,11 +62,8 @@ private:
 
 class ZETMutexThreads : public zettest::RegistryTest, public ::testing::WithParamInterface<bool> {
 protected:
-    ZETMutexThreads()
-        : mutex(GetParam() ? makeNamed(zettest::uniqueMutexName("threads")) : std::unique_ptr<ZETMutex>(new ZETMutex))
-    {
-    }
-    std::unique_ptr<ZETMutex> mutex;
+    std::unique_ptr<ZETMutex> mutex =
+        GetParam() ? makeNamed(zettest::uniqueMutexName("threads")) : std::unique_ptr<ZETMutex>(new ZETMutex);
 };
 
 TEST_P(ZETMutexThreads, HolderEntersAgainAndOthersWaitForItsLastUnlock)

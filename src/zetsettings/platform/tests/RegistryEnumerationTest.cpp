@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -13,19 +12,13 @@
 namespace zettest {
 namespace {
 
-class RegistryEnumeration : public RegistryTest {
+class RegistryEnumeration : public RegistryKeyTest {
 protected:
-    void SetUp() override { base = testKey(L"Enumeration"); }
-
     void createSubkeys(const std::vector<std::wstring>& names)
     {
-        for (const std::wstring& name : names) {
-            ScopedKey key;
+        for (const std::wstring& name : names)
             ASSERT_EQ(ERROR_SUCCESS, createKey(base.get(), name, key));
-        }
     }
-
-    ScopedKey base;
 };
 
 std::vector<std::wstring> numberedNames(const std::wstring& stem, int count)
@@ -33,12 +26,6 @@ std::vector<std::wstring> numberedNames(const std::wstring& stem, int count)
     std::vector<std::wstring> names;
     for (int i = 0; i < count; ++i)
         names.push_back(stem + std::to_wstring(i) + (i % 2 ? L"Odd" : L"even"));
-    return names;
-}
-
-std::vector<std::wstring> sorted(std::vector<std::wstring> names)
-{
-    std::sort(names.begin(), names.end());
     return names;
 }
 
@@ -52,23 +39,18 @@ TEST_F(RegistryEnumeration, EverySubkeyAndValueComesOnceInItsOwnCaseWithItsData)
     EXPECT_EQ(sorted(names), sorted(seen));
     EXPECT_EQ(seen, subkeyNames(base.get())) << "the order changed between two enumerations";
 
-    std::set<std::wstring> seenValues;
+    // Each value's data, as the enumeration gives it, is its name's place in the list.
+    std::vector<std::wstring> seenValues;
     wchar_t name[64];
-    for (DWORD index = 0;; ++index) {
-        DWORD units = 64, type = 0, value = 0, size = sizeof(value);
-        const LONG status = RegEnumValueW(base.get(), index, name, &units, nullptr, &type,
-                                          reinterpret_cast<BYTE*>(&value), &size);
-        if (status == ERROR_NO_MORE_ITEMS)
-            break;
-        ASSERT_EQ(ERROR_SUCCESS, status);
-        const std::wstring found(name, units);
-        EXPECT_TRUE(seenValues.insert(found).second) << "a value came twice";
-        const size_t position = std::find(names.begin(), names.end(), found) - names.begin();
-        ASSERT_LT(position, names.size());
+    DWORD units = 64, type = 0, value = 0, size = sizeof(value);
+    for (DWORD index = 0; RegEnumValueW(base.get(), index, name, &units, nullptr, &type, reinterpret_cast<BYTE*>(&value),
+                                        &size) == ERROR_SUCCESS;
+         ++index, units = 64, size = sizeof(value)) {
+        seenValues.emplace_back(name, units);
         EXPECT_EQ(static_cast<DWORD>(REG_DWORD), type);
-        EXPECT_EQ(position, value);
+        EXPECT_EQ(names.at(value), seenValues.back());
     }
-    EXPECT_EQ(names.size(), seenValues.size());
+    EXPECT_EQ(sorted(names), sorted(seenValues));
 }
 
 TEST_F(RegistryEnumeration, LongNamesThatShareLongBeginningsAllCome)
@@ -85,10 +67,8 @@ TEST_F(RegistryEnumeration, LongNamesThatShareLongBeginningsAllCome)
 
     EXPECT_EQ(sorted(keys), sorted(subkeyNames(base.get())));
     EXPECT_EQ(sorted(values), sorted(valueNames(base.get())));
-    for (const std::wstring& name : keys) {
-        ScopedKey key;
+    for (const std::wstring& name : keys)
         EXPECT_EQ(ERROR_SUCCESS, openKey(base.get(), std::wstring(245, L'K') + name.substr(245), key));
-    }
 }
 
 TEST_F(RegistryEnumeration, ShortBuffersGiveMoreData)

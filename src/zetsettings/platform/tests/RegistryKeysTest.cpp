@@ -11,12 +11,10 @@
 namespace zettest {
 namespace {
 
-using RegistryKeys = RegistryTest;
+using RegistryKeys = RegistryKeyTest;
 
 TEST_F(RegistryKeys, CreateMakesEveryMissingLevelAndOpenFindsOnlyWhatIsThere)
 {
-    ScopedKey base = testKey(L"Create");
-    ScopedKey key;
     EXPECT_EQ(ERROR_FILE_NOT_FOUND, openKey(base.get(), L"One\\Two", key));
     EXPECT_EQ(nullptr, key.get());
     for (DWORD expected : {DWORD(REG_CREATED_NEW_KEY), DWORD(REG_OPENED_EXISTING_KEY)}) {
@@ -30,8 +28,6 @@ TEST_F(RegistryKeys, CreateMakesEveryMissingLevelAndOpenFindsOnlyWhatIsThere)
 
 TEST_F(RegistryKeys, NamesIgnoreCaseKeepTheirFirstCaseAndLookAlikesStayApart)
 {
-    ScopedKey base = testKey(L"Case");
-    ScopedKey key;
     // Dotless i, long s and final sigma have upper-case forms, but Windows does not fold them.
     std::vector<std::wstring> names = {L"MixedCase", L"\u00c4rger\u0391\u03a3", L"Ix",      L"\u0131x",
                                        L"Sx",        L"\u017fx",                L"\u03a3x", L"\u03c2x"};
@@ -41,16 +37,12 @@ TEST_F(RegistryKeys, NamesIgnoreCaseKeepTheirFirstCaseAndLookAlikesStayApart)
     ASSERT_EQ(ERROR_SUCCESS, createKey(base.get(), L"MIXEDCASE", key, KEY_ALL_ACCESS, &disposition));
     EXPECT_EQ(static_cast<DWORD>(REG_OPENED_EXISTING_KEY), disposition);
     EXPECT_EQ(ERROR_SUCCESS, openKey(base.get(), L"\u00e4RGER\u03b1\u03c3", key));
-    std::vector<std::wstring> seen = subkeyNames(base.get());
-    std::sort(names.begin(), names.end());
-    std::sort(seen.begin(), seen.end());
-    EXPECT_EQ(names, seen);
+    EXPECT_EQ(sorted(names), sorted(subkeyNames(base.get())));
 }
 
 TEST_F(RegistryKeys, AnEmptySubkeyIsTheKeyItselfAndPathsTakeOnlyTrailingBackslashes)
 {
-    ScopedKey base = testKey(L"Paths");
-    ScopedKey self, again, key;
+    ScopedKey self, again;
     ASSERT_EQ(ERROR_SUCCESS, openKey(base.get(), L"", self));
     ASSERT_EQ(ERROR_SUCCESS, RegOpenKeyExW(base.get(), nullptr, 0, KEY_ALL_ACCESS, again.out()));
     base.reset();  // the other handles are handles of their own
@@ -69,8 +61,6 @@ TEST_F(RegistryKeys, AnEmptySubkeyIsTheKeyItselfAndPathsTakeOnlyTrailingBackslas
 
 TEST_F(RegistryKeys, KeyNamesOf255UnitsAreFineAndMuchLongerOnesRefused)
 {
-    ScopedKey base = testKey(L"Lengths");
-    ScopedKey key;
     const std::wstring longest(255, L'k');
     ASSERT_EQ(ERROR_SUCCESS, createKey(base.get(), longest, key));
     EXPECT_EQ(ERROR_SUCCESS, openKey(base.get(), std::wstring(255, L'K'), key));
@@ -85,8 +75,6 @@ TEST_F(RegistryKeys, KeyNamesOf255UnitsAreFineAndMuchLongerOnesRefused)
 
 TEST_F(RegistryKeys, DeletingTakesOnlyKeysWithoutSubkeysAndTheirValuesWithThem)
 {
-    ScopedKey base = testKey(L"Delete");
-    ScopedKey key;
     ASSERT_EQ(ERROR_SUCCESS, createKey(base.get(), L"Parent\\Child", key));
     ASSERT_EQ(ERROR_SUCCESS, setDword(key.get(), L"Value", 1));
     key.reset();
@@ -105,8 +93,7 @@ TEST_F(RegistryKeys, DeletingTakesOnlyKeysWithoutSubkeysAndTheirValuesWithThem)
 
 TEST_F(RegistryKeys, AKeyDeletedUnderItsHandlesIsReportedThroughThem)
 {
-    ScopedKey base = testKey(L"Deleted");
-    ScopedKey doomed, other, key;
+    ScopedKey doomed, other;
     ASSERT_EQ(ERROR_SUCCESS, createKey(base.get(), L"Doomed", doomed));
     ASSERT_EQ(ERROR_SUCCESS, openKey(base.get(), L"Doomed", other));
     ASSERT_EQ(ERROR_SUCCESS, RegDeleteKeyW(doomed.get(), L""));
@@ -124,8 +111,7 @@ TEST_F(RegistryKeys, AKeyDeletedUnderItsHandlesIsReportedThroughThem)
 
 TEST_F(RegistryKeys, DeletingATreeTakesEverythingBelowIt)
 {
-    ScopedKey base = testKey(L"Tree");
-    ScopedKey key, top;
+    ScopedKey top;
     for (const wchar_t* path : {L"Top\\A\\A1", L"Top\\A\\A2", L"Top\\B", L"Top\\C\\C1\\C2"}) {
         ASSERT_EQ(ERROR_SUCCESS, createKey(base.get(), path, key));
         ASSERT_EQ(ERROR_SUCCESS, setDword(key.get(), L"V", 1));
@@ -146,29 +132,27 @@ TEST_F(RegistryKeys, DeletingATreeTakesEverythingBelowIt)
 
 TEST_F(RegistryKeys, HandlesThatAreNotOpenAreRefusedAndPredefinedOnesStay)
 {
-    ScopedKey base = testKey(L"Handles");
-    HKEY key = nullptr;
-    ASSERT_EQ(ERROR_SUCCESS, RegOpenKeyExW(base.get(), nullptr, 0, KEY_READ, &key));
-    EXPECT_EQ(ERROR_SUCCESS, RegCloseKey(key));
-    EXPECT_EQ(ERROR_INVALID_HANDLE, RegCloseKey(key));
+    HKEY closed = nullptr;
+    ASSERT_EQ(ERROR_SUCCESS, RegOpenKeyExW(base.get(), nullptr, 0, KEY_READ, &closed));
+    EXPECT_EQ(ERROR_SUCCESS, RegCloseKey(closed));
+    EXPECT_EQ(ERROR_INVALID_HANDLE, RegCloseKey(closed));
     EXPECT_EQ(ERROR_INVALID_HANDLE, RegCloseKey(nullptr));
     DWORD value = 0;
-    EXPECT_EQ(ERROR_INVALID_HANDLE, getDword(key, L"Any", value));
+    EXPECT_EQ(ERROR_INVALID_HANDLE, getDword(closed, L"Any", value));
 
     EXPECT_EQ(ERROR_SUCCESS, RegCloseKey(HKEY_LOCAL_MACHINE));
     ScopedKey again;
     EXPECT_EQ(ERROR_SUCCESS, openKey(HKEY_LOCAL_MACHINE, kTestRoot, again));
     // The two roots are separate trees.
-    EXPECT_EQ(ERROR_FILE_NOT_FOUND, openKey(HKEY_CURRENT_USER, std::wstring(kTestRoot) + L"\\Handles", again));
+    EXPECT_EQ(ERROR_FILE_NOT_FOUND, openKey(HKEY_CURRENT_USER, std::wstring(kTestRoot) + L"\\" + kBaseName, again));
 }
 
 TEST_F(RegistryKeys, HandlesCarryOnlyTheRightsTheyWereOpenedWith)
 {
-    ScopedKey base = testKey(L"Rights");
     ASSERT_EQ(ERROR_SUCCESS, setDword(base.get(), L"Value", 5));
 
     ScopedKey reader, writer;
-    ASSERT_EQ(ERROR_SUCCESS, openKey(HKEY_LOCAL_MACHINE, std::wstring(kTestRoot) + L"\\Rights", reader, KEY_READ));
+    ASSERT_EQ(ERROR_SUCCESS, openKey(HKEY_LOCAL_MACHINE, std::wstring(kTestRoot) + L"\\" + kBaseName, reader, KEY_READ));
     DWORD value = 0;
     EXPECT_EQ(ERROR_SUCCESS, getDword(reader.get(), L"Value", value));
     EXPECT_EQ(ERROR_ACCESS_DENIED, setDword(reader.get(), L"Value", 6));

@@ -33,43 +33,37 @@ int failed(const char* what, LONG status)
     return 1;
 }
 
+// Ends a child scenario with 1, naming the call, when the call fails.
+#define RETURN_IF_FAILED(call)             \
+    do {                                   \
+        const LONG status_ = (call);       \
+        if (status_ != ERROR_SUCCESS)      \
+            return failed(#call, status_); \
+    } while (0)
+
 // args: value prefix, count. Writes prefix0..prefixN-1 = 0..N-1 and a subkey named by prefix.
 ZET_CHILD_SCENARIO(registry_write_numbers)
 {
-    ScopedKey key;
-    LONG status = createKey(HKEY_LOCAL_MACHINE, kSharedKey, key);
-    if (status != ERROR_SUCCESS)
-        return failed("create", status);
-    const int count = std::stoi(args.at(1));
-    for (int i = 0; i < count; ++i) {
-        status = setDword(key.get(), numberedValue(args.at(0), i).c_str(), static_cast<DWORD>(i));
-        if (status != ERROR_SUCCESS)
-            return failed("set", status);
-    }
-    ScopedKey subkey;
-    status = createKey(key.get(), widen(args.at(0)), subkey);
-    return status == ERROR_SUCCESS ? 0 : failed("create subkey", status);
+    ScopedKey key, subkey;
+    RETURN_IF_FAILED(createKey(HKEY_LOCAL_MACHINE, kSharedKey, key));
+    for (int i = 0; i < std::stoi(args.at(1)); ++i)
+        RETURN_IF_FAILED(setDword(key.get(), numberedValue(args.at(0), i).c_str(), static_cast<DWORD>(i)));
+    RETURN_IF_FAILED(createKey(key.get(), widen(args.at(0)), subkey));
+    return 0;
 }
 
 // Rewrites the values Round0..Round7 with the round's number, round after round, until killed.
 ZET_CHILD_SCENARIO(registry_rewrite_rounds)
 {
     ScopedKey key;
-    LONG status = createKey(HKEY_LOCAL_MACHINE, kSharedKey, key);
-    if (status != ERROR_SUCCESS)
-        return failed("create", status);
+    RETURN_IF_FAILED(createKey(HKEY_LOCAL_MACHINE, kSharedKey, key));
     for (DWORD round = 1;; ++round) {
         const std::vector<DWORD> words(kRoundValueWords, round);
-        for (DWORD i = 0; i < kRoundValues; ++i) {
-            status = RegSetValueExW(key.get(), numberedValue("Round", i).c_str(), 0, REG_BINARY,
-                                    reinterpret_cast<const BYTE*>(words.data()),
-                                    static_cast<DWORD>(words.size() * sizeof(DWORD)));
-            if (status != ERROR_SUCCESS)
-                return failed("set", status);
-        }
-        status = setDword(key.get(), L"Rounds", round);
-        if (status != ERROR_SUCCESS)
-            return failed("set rounds", status);
+        for (DWORD i = 0; i < kRoundValues; ++i)
+            RETURN_IF_FAILED(RegSetValueExW(key.get(), numberedValue("Round", i).c_str(), 0, REG_BINARY,
+                                            reinterpret_cast<const BYTE*>(words.data()),
+                                            static_cast<DWORD>(words.size() * sizeof(DWORD))));
+        RETURN_IF_FAILED(setDword(key.get(), L"Rounds", round));
     }
 }
 
@@ -78,16 +72,13 @@ const wchar_t kRemadeKey[] = L"Software\\ZetRegistryTests\\Shared\\Remade";
 // args: "delete", or "remake" and the number to store in the new key's value Number.
 ZET_CHILD_SCENARIO(registry_remake_key)
 {
-    LONG status = RegDeleteTreeW(HKEY_LOCAL_MACHINE, kRemadeKey);
-    if (status != ERROR_SUCCESS)
-        return failed("delete", status);
+    RETURN_IF_FAILED(RegDeleteTreeW(HKEY_LOCAL_MACHINE, kRemadeKey));
     if (args.at(0) == "delete")
         return 0;
     ScopedKey key;
-    status = createKey(HKEY_LOCAL_MACHINE, kRemadeKey, key);
-    if (status == ERROR_SUCCESS)
-        status = setDword(key.get(), L"Number", static_cast<DWORD>(std::stoul(args.at(1))));
-    return status == ERROR_SUCCESS ? 0 : failed("remake", status);
+    RETURN_IF_FAILED(createKey(HKEY_LOCAL_MACHINE, kRemadeKey, key));
+    RETURN_IF_FAILED(setDword(key.get(), L"Number", static_cast<DWORD>(std::stoul(args.at(1)))));
+    return 0;
 }
 
 // args: "set", a value name and a number, or "delete" and a value name: what to do to that value
@@ -95,12 +86,12 @@ ZET_CHILD_SCENARIO(registry_remake_key)
 ZET_CHILD_SCENARIO(registry_change_number)
 {
     ScopedKey key;
-    LONG status = openKey(HKEY_LOCAL_MACHINE, kRemadeKey, key);
     const std::wstring name = widen(args.at(1));
-    if (status == ERROR_SUCCESS)
-        status = args.at(0) == "delete" ? RegDeleteValueW(key.get(), name.c_str())
-                                        : setDword(key.get(), name.c_str(), static_cast<DWORD>(std::stoul(args.at(2))));
-    return status == ERROR_SUCCESS ? 0 : failed("change", status);
+    RETURN_IF_FAILED(openKey(HKEY_LOCAL_MACHINE, kRemadeKey, key));
+    RETURN_IF_FAILED(args.at(0) == "delete"
+                         ? RegDeleteValueW(key.get(), name.c_str())
+                         : setDword(key.get(), name.c_str(), static_cast<DWORD>(std::stoul(args.at(2)))));
+    return 0;
 }
 
 // The value at an index, by enumeration, with its number.
@@ -114,23 +105,15 @@ LONG enumerateNumber(HKEY key, DWORD index, std::wstring& name, DWORD& number)
     return status;
 }
 
-DWORD numberInRemadeKey(LONG& status)
+// The number a value holds, read through a key opened for this one read; 0 if there is none.
+DWORD numberIn(const wchar_t* path, const wchar_t* name, LONG& status)
 {
     ScopedKey key;
     DWORD number = 0;
-    status = openKey(HKEY_LOCAL_MACHINE, kRemadeKey, key, KEY_READ);
+    status = openKey(HKEY_LOCAL_MACHINE, path, key, KEY_READ);
     if (status == ERROR_SUCCESS)
-        status = getDword(key.get(), L"Number", number);
+        status = getDword(key.get(), name, number);
     return number;
-}
-
-DWORD completedRounds()
-{
-    ScopedKey key;
-    DWORD rounds = 0;
-    if (openKey(HKEY_LOCAL_MACHINE, kSharedKey, key, KEY_READ) == ERROR_SUCCESS)
-        getDword(key.get(), L"Rounds", rounds);
-    return rounds;
 }
 
 // The round a value holds, or 0 if its data is not one round's number throughout.
@@ -187,12 +170,12 @@ TEST_F(RegistryProcesses, APathOpenedAgainFindsTheKeyThatAnotherProcessRemadeOrD
     }
     LONG status = ERROR_SUCCESS;
     for (int again = 0; again < 2; ++again)
-        ASSERT_EQ(1u, numberInRemadeKey(status));
+        ASSERT_EQ(1u, numberIn(kRemadeKey, L"Number", status));
     EXPECT_EQ(0, ChildProcess("registry_remake_key", {"remake", "2"}).wait());
-    EXPECT_EQ(2u, numberInRemadeKey(status));
+    EXPECT_EQ(2u, numberIn(kRemadeKey, L"Number", status));
     EXPECT_EQ(ERROR_SUCCESS, status);
     EXPECT_EQ(0, ChildProcess("registry_remake_key", {"delete"}).wait());
-    numberInRemadeKey(status);
+    numberIn(kRemadeKey, L"Number", status);
     EXPECT_EQ(ERROR_FILE_NOT_FOUND, status);
 }
 
@@ -250,7 +233,8 @@ TEST_F(RegistryProcesses, AWriterKilledAtAnyInstantLeavesEveryValueOldOrNew)
 {
     {
         ChildProcess writer("registry_rewrite_rounds");
-        ASSERT_TRUE(eventually([] { return completedRounds() >= 3; }, std::chrono::seconds(60)))
+        LONG status = ERROR_SUCCESS;
+        ASSERT_TRUE(eventually([&] { return numberIn(kSharedKey, L"Rounds", status) >= 3; }, std::chrono::seconds(60)))
             << "the writer made no progress";
         writer.killHard();
         writer.wait();

@@ -5,9 +5,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
+#include "support/TestRegistry.h"
 #include "zetsettings/platform/Win32.h"
 
 namespace zettest {
@@ -73,6 +75,14 @@ inline ScopedKey testKey(const std::wstring& name, HKEY root = HKEY_LOCAL_MACHIN
     return key;
 }
 
+// A registry of the test's own, with a fresh key below the tests' root to work in.
+class RegistryKeyTest : public RegistryTest {
+protected:
+    static constexpr const wchar_t* kBaseName = L"Base";
+    void SetUp() override { base = testKey(kBaseName); }
+    ScopedKey base, key;
+};
+
 inline LONG setDword(HKEY key, const wchar_t* name, DWORD value)
 {
     return RegSetValueExW(key, name, 0, REG_DWORD, reinterpret_cast<const BYTE*>(&value), sizeof(value));
@@ -92,6 +102,13 @@ inline LONG setString(HKEY key, const wchar_t* name, const std::wstring& text, D
 {
     return RegSetValueExW(key, name, 0, type, reinterpret_cast<const BYTE*>(text.c_str()),
                           static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t)));
+}
+
+// Names in a fixed order: the order of an enumeration is the registry's own.
+inline std::vector<std::wstring> sorted(std::vector<std::wstring> names)
+{
+    std::sort(names.begin(), names.end());
+    return names;
 }
 
 // Every name that `enumerate` (RegEnumKeyExW or RegEnumValueW, less their optional arguments)

@@ -2,7 +2,6 @@
 // per-user settings and the machine's login.
 #include <gtest/gtest.h>
 
-#include <boost/make_shared.hpp>
 #include <string>
 
 #include "zetsettings/records/tests/RecordStoreTestSupport.h"
@@ -10,22 +9,6 @@
 using namespace recordtest;
 
 namespace {
-
-typedef std::map<std::wstring, ZETFallbackKeySettings> KeyMap;
-
-ZETFallbackKeySettings keyEntry(const std::wstring& text, const std::string& bytes = "")
-{
-    ZETFallbackKeySettings entry;
-    entry.keyText1 = text;
-    entry.keyText2 = text + L"/2";
-    entry.keyBytes = bytes;
-    return entry;
-}
-
-void setKeys(const KeyMap& keys)
-{
-    ZETSettings::setFallbackKeySettings(boost::make_shared<KeyMap>(keys));
-}
 
 // A caller's key set in its stored form: two sets are equal, case and members included, when
 // these bytes are.
@@ -35,14 +18,6 @@ std::string storedForm(const KeyMap& keys)
     for (const auto& entry : keys)
         stored.emplace(ser_wstring(entry.first), entry.second);
     return plainForm(stored);
-}
-
-boost::shared_ptr<ZETUserSettings> userRecord(const std::wstring& text, const std::string& bytes = "")
-{
-    const auto record = boost::make_shared<ZETUserSettings>();
-    record->userText = text;
-    record->userBytes = bytes;
-    return record;
 }
 
 // The stored user's text, or a marker when the user isn't found.
@@ -81,8 +56,7 @@ TEST_F(ProtectedValueStoresTest, FallbackKeysAreReadAndReplacedAsOneSet)
     const auto nothing = ZETSettings::getFallbackKeySettings();
     ASSERT_TRUE(nothing);
     EXPECT_TRUE(nothing->empty());
-    std::string ignored;
-    EXPECT_FALSE(readRaw(kBase, L"FallbackKeys", ignored));
+    EXPECT_FALSE(hasValue(kBase, L"FallbackKeys"));
 
     const KeyMap first = {{L"Key", keyEntry(L"upper", std::string("\0\x01", 2))}, {L"key", keyEntry(L"lower")},
                           {L"", keyEntry(L"")}};
@@ -111,10 +85,7 @@ TEST_F(ProtectedValueStoresTest, UsersAreFoundReplacedAndRemovedInAnyCaseOfTheNa
     const auto mine = userRecord(L"first", std::string("b\0y", 3));
     ZETSettings::setUserSettings(L"Alice", mine);
     mine->userText = L"changed by the caller";
-    const auto found = ZETSettings::getUserSettings(L"aLICE");
-    ASSERT_TRUE(found);
-    EXPECT_EQ(L"first", found->userText);
-    EXPECT_EQ(std::string("b\0y", 3), found->userBytes);
+    EXPECT_EQ(plainForm(*userRecord(L"first", std::string("b\0y", 3))), formOf(ZETSettings::getUserSettings(L"aLICE")));
     ZETSettings::setUserSettings(L"ALICE", userRecord(L"second"));
     ZETSettings::setUserSettings(L"ALICE", nullptr);
     ZETSettings::setUserSettings(L"", userRecord(L"nobody's"));
@@ -153,8 +124,7 @@ TEST_F(ProtectedValueStoresTest, TheLoginSwitchesDecideWhatIsStoredAndRemovalLea
     ZETSettings::removeLoginData();
     ZETSettings::removeLoginData();
     EXPECT_EQ(L"||0", storedLogin());
-    std::string ignored;
-    EXPECT_FALSE(readRaw(kBase, L"LoginSettings", ignored));
+    EXPECT_FALSE(hasValue(kBase, L"LoginSettings"));
 }
 
 TEST_F(ProtectedValueStoresTest, BadStoredValuesReadAsFarAsTheyGoAndLoseNoReadableRecord)
@@ -211,9 +181,7 @@ TEST_F(ProtectedValueStoresTest, KeysThatWriteTheSameUnitsAreBothStoredAndTheJoi
         GTEST_SKIP() << "wchar_t is 16 bits: the two are one text";
     setKeys({{joined, keyEntry(L"joined")}, {split, keyEntry(L"split")}});
 
-    const std::string stored = decrypt(rawValue(kBase, L"FallbackKeys"));
-    ASSERT_GE(stored.size(), 4u);
-    EXPECT_EQ(std::string("\x02\0\0\0", 4), stored.substr(0, 4));
+    EXPECT_EQ(std::string("\x02\0\0\0", 4), decrypt(rawValue(kBase, L"FallbackKeys")).substr(0, 4));
     EXPECT_EQ(storedForm({{joined, keyEntry(L"joined")}}), storedForm(*ZETSettings::getFallbackKeySettings()));
 }
 

@@ -2,8 +2,6 @@
 // included), and a process that may not write the registry changes nothing.
 #include <gtest/gtest.h>
 
-
-#include <boost/make_shared.hpp>
 #include <memory>
 #include <string>
 
@@ -21,16 +19,9 @@ namespace {
 void writeEveryStore(const std::wstring& tag)
 {
     ZETSettings::setLoginData(tag + L" user", tag + L" pw", true, true, false);
-    const auto user = boost::make_shared<ZETUserSettings>();
-    user->userText = tag;
-    ZETSettings::setUserSettings(L"User", user);
-    const auto record = boost::make_shared<ZETFallbackSettings>();
-    record->owner = L"Owner";
-    record->network = tag;
-    ZETSettings::setFallbackSettings(record);
-    std::map<std::wstring, ZETFallbackKeySettings> keys;
-    keys[L"key"].keyText1 = tag;
-    ZETSettings::setFallbackKeySettings(boost::make_shared<std::map<std::wstring, ZETFallbackKeySettings> >(keys));
+    ZETSettings::setUserSettings(L"User", userRecord(tag));
+    ZETSettings::setFallbackSettings(record(L"Owner", tag));
+    setKeys({{L"key", keyEntry(tag)}});
 }
 
 // What each store holds, as writeEveryStore tags it.

@@ -5,7 +5,9 @@
 
 #include <gtest/gtest.h>
 
+#include <boost/make_shared.hpp>
 #include <filesystem>
+#include <map>
 #include <fstream>
 #include <iterator>
 #include <string>
@@ -14,49 +16,65 @@
 #include "support/TestRegistry.h"
 #include "zetsettings/ZETSettings.h"
 #include "zetsettings/components/ZETProtectData.h"
+#include "zetsettings/store/tests/RawRegistry.h"
 
 namespace recordtest {
 
 const std::wstring kBase = L"Software\\Orvane\\QXL";
 const std::wstring kDatabase = kBase + L"\\FallbackDatabase";
 
-inline bool keyExists(const std::wstring& path)
-{
-    HKEY key = 0;
-    return RegOpenKeyExW(HKEY_LOCAL_MACHINE, path.c_str(), 0, KEY_READ, &key) == ERROR_SUCCESS && !RegCloseKey(key);
-}
+using rawreg::keyExists;
 
-// The value's data as stored; false when it can't be read.
-inline bool readRaw(const std::wstring& path, const std::wstring& name, std::string& data)
+inline bool hasValue(const std::wstring& path, const std::wstring& name)
 {
-    HKEY key = 0;
-    if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, path.c_str(), 0, KEY_READ, &key) != ERROR_SUCCESS)
-        return false;
-    DWORD size = 0;
-    LSTATUS status = RegQueryValueExW(key, name.c_str(), 0, 0, 0, &size);
-    data.assign(size, '\0');
-    if (status == ERROR_SUCCESS && size > 0)
-        status = RegQueryValueExW(key, name.c_str(), 0, 0, reinterpret_cast<BYTE*>(&data[0]), &size);
-    RegCloseKey(key);
-    return status == ERROR_SUCCESS;
+    return rawreg::read(path, name).status == ERROR_SUCCESS;
 }
 
 inline std::string rawValue(const std::wstring& path, const std::wstring& name)
 {
-    std::string data;
-    EXPECT_TRUE(readRaw(path, name, data)) << "no value " << std::string(name.begin(), name.end());
-    return data;
+    const rawreg::RawValue value = rawreg::read(path, name);
+    EXPECT_EQ(ERROR_SUCCESS, value.status) << "no value " << std::string(name.begin(), name.end());
+    return std::string(value.data.begin(), value.data.end());
 }
 
-inline void writeRaw(const std::wstring& path, const std::wstring& name, const std::string& data,
-                     DWORD type = REG_BINARY)
+inline void writeRaw(const std::wstring& path, const std::wstring& name, const std::string& data)
 {
-    HKEY key = 0;
-    ASSERT_EQ(ERROR_SUCCESS, RegCreateKeyExW(HKEY_LOCAL_MACHINE, path.c_str(), 0, 0, 0, KEY_ALL_ACCESS, 0, &key, 0));
-    EXPECT_EQ(ERROR_SUCCESS, RegSetValueExW(key, name.c_str(), 0, type,
-                                            reinterpret_cast<const BYTE*>(data.data()),
-                                            static_cast<DWORD>(data.size())));
-    RegCloseKey(key);
+    ASSERT_EQ(ERROR_SUCCESS, rawreg::write(path, name, REG_BINARY, data.data(), static_cast<DWORD>(data.size())));
+}
+
+typedef std::map<std::wstring, ZETFallbackKeySettings> KeyMap;
+
+inline ZETFallbackKeySettings keyEntry(const std::wstring& text, const std::string& bytes = "")
+{
+    ZETFallbackKeySettings entry;
+    entry.keyText1 = text;
+    entry.keyText2 = text + L"/2";
+    entry.keyBytes = bytes;
+    return entry;
+}
+
+inline void setKeys(const KeyMap& keys)
+{
+    ZETSettings::setFallbackKeySettings(boost::make_shared<KeyMap>(keys));
+}
+
+inline boost::shared_ptr<ZETUserSettings> userRecord(const std::wstring& text, const std::string& bytes = "")
+{
+    const auto record = boost::make_shared<ZETUserSettings>();
+    record->userText = text;
+    record->userBytes = bytes;
+    return record;
+}
+
+inline boost::shared_ptr<ZETFallbackSettings> record(const std::wstring& owner, const std::wstring& network,
+                                                     const std::string& bytes1 = "", const std::string& bytes2 = "")
+{
+    const auto settings = boost::make_shared<ZETFallbackSettings>();
+    settings->owner = owner;
+    settings->network = network;
+    settings->fallbackBytes1 = bytes1;
+    settings->fallbackBytes2 = bytes2;
+    return settings;
 }
 
 // The serial form of an object, as the stores write it before any encryption.
@@ -65,6 +83,13 @@ inline std::string plainForm(const ZETSerializeInterface& object)
     std::string bytes(static_cast<size_t>(object.getSerLength()), '\0');
     object.serialize(reinterpret_cast<unsigned char*>(&bytes[0]));
     return bytes;
+}
+
+// A record the library handed out, in its serial form; "null" for none.
+template <typename Pointer>
+std::string formOf(const Pointer& record)
+{
+    return record ? plainForm(*record) : "null";
 }
 
 inline std::string decrypt(const std::string& cipher)
@@ -97,7 +122,7 @@ inline bool holdsText(const std::string& bytes, const std::wstring& text)
 // system's registry (no files of ours to read) the data of the protected values.
 inline std::string rawStoreBytes(const zettest::TestRegistry& registry)
 {
-    std::string all, data;
+    std::string all;
     if (zettest::TestRegistry::isPortable()) {
         for (const auto& file : std::filesystem::recursive_directory_iterator(registry.storeDirectory()))
             if (file.is_regular_file()) {
@@ -106,9 +131,10 @@ inline std::string rawStoreBytes(const zettest::TestRegistry& registry)
             }
         return all;
     }
-    for (const wchar_t* name : {L"UserSettings", L"LoginSettings", L"FallbackKeys"})
-        if (readRaw(kBase, name, data))
-            all += data;
+    for (const wchar_t* name : {L"UserSettings", L"LoginSettings", L"FallbackKeys"}) {
+        const rawreg::RawValue value = rawreg::read(kBase, name);
+        all.append(value.data.begin(), value.data.end());
+    }
     return all;
 }
 

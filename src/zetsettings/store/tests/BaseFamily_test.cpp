@@ -26,9 +26,9 @@ class BaseFamilyTest : public zettest::RegistryTest {};
 
 TEST_F(BaseFamilyTest, FirstReadCreatesTheBaseKeyButStoresNothingWithoutWriteDefault)
 {
-    EXPECT_EQ(static_cast<DWORD>(REG_NONE), rawType(L"Speed"));
     EXPECT_EQ(17, ZETSettings::intGetBaseValue(L"Speed", 17, false));
     EXPECT_EQ(L"dflt", ZETSettings::strGetBaseValue(L"Label", L"dflt", false));
+    EXPECT_TRUE(rawreg::keyExists(kBase));
     EXPECT_EQ(static_cast<DWORD>(REG_NONE), rawType(L"Speed"));
     EXPECT_EQ(static_cast<DWORD>(REG_NONE), rawType(L"Label"));
 }
@@ -74,11 +74,11 @@ TEST_F(BaseFamilyTest, AValueOfAnotherTypeReadsAsAFailedRead)
 TEST_F(BaseFamilyTest, ThreadsOfOneProcessDoNotLoseEachOthersValues)
 {
     std::vector<std::thread> threads;
+    const auto name = [](int t, int i) { return L"T" + std::to_wstring(t) + L"_" + std::to_wstring(i); };
     for (int t = 0; t < 4; ++t)
-        threads.emplace_back([t] {
+        threads.emplace_back([t, &name] {
             for (int i = 0; i < 50; ++i) {
-                const std::wstring name = L"T" + std::to_wstring(t) + L"_" + std::to_wstring(i);
-                ZETSettings::intSetBaseValue(name, t * 1000 + i);
+                ZETSettings::intSetBaseValue(name(t, i), t * 1000 + i);
                 ZETSettings::strGetBaseValue(L"Shared", L"s", true);
             }
         });
@@ -86,8 +86,7 @@ TEST_F(BaseFamilyTest, ThreadsOfOneProcessDoNotLoseEachOthersValues)
         thread.join();
     for (int t = 0; t < 4; ++t)
         for (int i = 0; i < 50; ++i)
-            EXPECT_EQ(t * 1000 + i,
-                      ZETSettings::intGetBaseValue(L"T" + std::to_wstring(t) + L"_" + std::to_wstring(i), -7, false));
+            EXPECT_EQ(t * 1000 + i, ZETSettings::intGetBaseValue(name(t, i), -7, false));
 }
 
 ZET_CHILD_SCENARIO(BaseFamilyWrite)

@@ -59,9 +59,6 @@ TEST_F(ValueFamiliesTest, EachFamilyKeepsItsValuesInItsOwnSubkeyWithTheirTypes)
     EXPECT_EQ(L"absent", stored(kBase, L"N"));
 
     EXPECT_EQ(1, ZETSettings::intGetConfiguratorValue(L"N"));
-    EXPECT_EQ(-2, ZETSettings::intGetNetlibValue(L"N", 0));
-    EXPECT_EQ(3, ZETSettings::intGetRasEapValue(L"N", 0));
-    EXPECT_EQ(4, ZETSettings::intGetZetGuardValue(L"N", 0, true));
     EXPECT_EQ(L"configurator", ZETSettings::strGetConfiguratorValue(L"T"));
     EXPECT_EQ(L"", ZETSettings::strGetNetlibValue(L"T", L"dflt"));
     EXPECT_EQ(L"", ZETSettings::strGetGuiHelperValue(L"T", L"dflt"));
