@@ -12,6 +12,7 @@
 
 #include "support/ChildProcess.h"
 #include "support/ChildScenario.h"
+#include "support/ProcessRights.h"
 #include "support/TestRegistry.h"
 #include "zetsettings/components/tests/ProcessSignals.h"
 #include "zetsettings/platform/posix/StoreLocation.h"
@@ -84,15 +85,6 @@ void overwrite(const std::string& path, const std::string& bytes)
     std::ofstream(path, std::ios::binary | std::ios::trunc) << bytes;
 }
 
-// Puts a key file in place as a careful administrator would: written aside, renamed over.
-void replaceByRename(const std::string& path, const std::string& bytes)
-{
-    const std::string aside = path + ".aside";
-    overwrite(aside, bytes);
-    chmod(aside.c_str(), 0600);
-    fs::rename(aside, path);
-}
-
 mode_t modeOf(const std::string& path)
 {
     struct stat info;
@@ -141,7 +133,7 @@ protected:
     }
 };
 
-TEST_F(DataProtectionTest, ABlobIsVersionFreshNonceAndTheSealedDescriptionAndData)
+TEST_F(DataProtectionTest, ABlobIsVersionFreshNonceAndTheSealedDataAndAnyChangeToItIsRefused)
 {
     const std::string entropy = "ent";
     const Protection blob = protect(std::string("d\0ta", 4), &entropy, L"Wi");
@@ -156,28 +148,24 @@ TEST_F(DataProtectionTest, ABlobIsVersionFreshNonceAndTheSealedDescriptionAndDat
 
     const std::string again = protect(std::string("d\0ta", 4), &entropy, L"Wi").bytes;
     EXPECT_NE(blob.bytes.substr(1, kNonce), again.substr(1, kNonce));
-}
 
-TEST_F(DataProtectionTest, AnyChangedByteAndAnyCutOrLengthenedBlobIsRefused)
-{
-    const std::string blob = protect("secret", nullptr, L"description").bytes;
-    ASSERT_TRUE(unprotect(blob).ok);
-    for (std::size_t at = 0; at < blob.size(); ++at) {
+    ASSERT_TRUE(unprotect(blob.bytes, &entropy).ok);
+    for (std::size_t at = 0; at < blob.bytes.size(); ++at) {
         for (unsigned char bit : {0x01, 0x80}) {
-            std::string changed = blob;
+            std::string changed = blob.bytes;
             changed[at] = static_cast<char>(changed[at] ^ bit);
-            const Protection opened = unprotect(changed);
+            const Protection opened = unprotect(changed, &entropy);
             EXPECT_FALSE(opened.ok) << "byte " << at;
             EXPECT_EQ(static_cast<DWORD>(ERROR_INVALID_DATA), opened.error) << "byte " << at;
             EXPECT_TRUE(opened.bytes.empty());
         }
     }
-    for (std::size_t length = 0; length < blob.size(); ++length)
-        EXPECT_FALSE(unprotect(blob.substr(0, length)).ok) << "cut to " << length;
-    EXPECT_FALSE(unprotect(blob + '\0').ok);
+    for (std::size_t length = 0; length < blob.bytes.size(); ++length)
+        EXPECT_FALSE(unprotect(blob.bytes.substr(0, length), &entropy).ok) << "cut to " << length;
+    EXPECT_FALSE(unprotect(blob.bytes + '\0', &entropy).ok);
 }
 
-TEST_F(DataProtectionTest, TheFirstEncryptionMakesAnOwnerOnlyKeyBesideTheStoreThatLaterOnesKeep)
+TEST_F(DataProtectionTest, TheFirstEncryptionMakesAnOwnerOnlyKeyThatLaterOnesKeepAndOnlyThatKeyOpens)
 {
     const mode_t previous = umask(0);
     const std::string blob = makeKey();
@@ -199,34 +187,28 @@ TEST_F(DataProtectionTest, TheFirstEncryptionMakesAnOwnerOnlyKeyBesideTheStoreTh
             EXPECT_NE(contentOf(key), contentOf(entry.path().string())) << entry.path();
     }
 
-    const std::string bytes = contentOf(key);
+    const std::string oldKey = contentOf(key);
     EXPECT_TRUE(protect("second").ok);
-    EXPECT_EQ(bytes, contentOf(key));
+    EXPECT_EQ(oldKey, contentOf(key));
     EXPECT_TRUE(unprotect(blob).ok);
-}
 
-// Each step starts with the key in use by this thread, so what it checks is that a change of
-// the key file is seen by a process that already holds the key.
-TEST_F(DataProtectionTest, DecryptingWithoutAKeyFailsAndMakesNoneAndAnotherKeyOpensNothing)
-{
-    const std::string blob = makeKey();
-    const std::string oldKey = contentOf(keyPath());
-    ASSERT_TRUE(unprotect(blob).ok);
-    fs::remove(keyPath());
+    // With the key in use by this thread, a change of the key file is still seen.
+    fs::remove(key);
     const Protection decrypted = unprotect(blob);
     EXPECT_FALSE(decrypted.ok);
     EXPECT_EQ(static_cast<DWORD>(ERROR_FILE_NOT_FOUND), decrypted.error);
-    EXPECT_FALSE(fs::exists(keyPath()));
-
+    EXPECT_FALSE(fs::exists(key)) << "decrypting made a key";
     // A new key made by the next encryption doesn't open what the old one sealed.
     const Protection again = protect("again");
     EXPECT_TRUE(again.ok);
     const Protection withNewKey = unprotect(blob);
     EXPECT_FALSE(withNewKey.ok);
     EXPECT_EQ(static_cast<DWORD>(ERROR_INVALID_DATA), withNewKey.error);
-
     ASSERT_TRUE(unprotect(again.bytes).ok);
-    replaceByRename(keyPath(), oldKey);
+    // The old key put back as an administrator would: written aside, renamed over.
+    overwrite(key + ".aside", oldKey);
+    chmod((key + ".aside").c_str(), 0600);
+    fs::rename(key + ".aside", key);
     EXPECT_TRUE(unprotect(blob).ok);
     EXPECT_FALSE(unprotect(again.bytes).ok);
 }
@@ -283,8 +265,7 @@ TEST_F(DataProtectionTest, AKeyFileOthersMayUseOrOfTheWrongKindIsRefusedAndKept)
 ZET_CHILD_SCENARIO(seam_key_as_nobody)
 {
     zettest::SignalDirectory signals(args.at(0));
-    const uid_t nobody = 65534;
-    if (setresgid(nobody, nobody, nobody) != 0 || setresuid(nobody, nobody, nobody) != 0)
+    if (!zettest::becomeUnprivileged())
         return 3;
     const Protection encrypted = protect("data");
     const Protection decrypted = unprotect(signals.read("blob"));
@@ -294,7 +275,7 @@ ZET_CHILD_SCENARIO(seam_key_as_nobody)
 
 TEST_F(DataProtectionTest, AProcessTheStoreRefusesNeitherReadsNorMakesNorReplacesTheKey)
 {
-    if (geteuid() != 0)
+    if (!zettest::canDropPrivileges())
         GTEST_SKIP() << "needs root to act as another user";
     zettest::SignalDirectory signals;
     fs::permissions(signals.path(), fs::perms(0777));

@@ -1,23 +1,28 @@
 // The store behind the portable registry: its files, its map, damaged files, bounds in UTF-16
-// units, and what is stored byte for byte.
-#include <dirent.h>
+// units, what is stored byte for byte, and the processes on it: a forked child, and a process
+// that may not write.
 #include <gtest/gtest.h>
 #include <lmdb.h>
 #include <stdlib.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <functional>
 #include <memory>
 #include <random>
 #include <set>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "support/ChildProcess.h"
 #include "support/ChildScenario.h"
+#include "support/ProcessRights.h"
 #include "support/TestRegistry.h"
 #include "zetsettings/platform/posix/StoreLocation.h"
 #include "zetsettings/platform/posix/Win32Portable.h"
@@ -120,13 +125,8 @@ protected:
 std::set<std::string> filesIn(const std::string& directory)
 {
     std::set<std::string> names;
-    DIR* listing = opendir(directory.c_str());
-    while (dirent* entry = listing ? readdir(listing) : nullptr) {
-        if (entry->d_name[0] != '.')
-            names.insert(entry->d_name);
-    }
-    if (listing)
-        closedir(listing);
+    for (const auto& entry : std::filesystem::directory_iterator(directory))
+        names.insert(entry.path().filename().string());
     return names;
 }
 
@@ -192,9 +192,7 @@ TEST_F(PortableStore, FilesTakeTheDirectorysModeNotTheUmaskAndAreSyncedOnCommit)
     EXPECT_EQ(0u, flags & (MDB_NOSYNC | MDB_MAPASYNC | MDB_WRITEMAP));
     EXPECT_NE(0u, flags & MDB_NOTLS);
     // Only LMDB's own descriptor on the lock file: closing a second one would drop its locks.
-    char real[PATH_MAX];
-    ASSERT_NE(nullptr, realpath(file("lock.mdb").c_str(), real));
-    EXPECT_EQ(1, descriptorsOn(real));
+    EXPECT_EQ(1, descriptorsOn(std::filesystem::canonical(file("lock.mdb")).string()));
 }
 
 TEST_F(PortableStore, TheMapGrowsFromATinyStartHereAndInAnotherProcess)
@@ -211,21 +209,27 @@ TEST_F(PortableStore, TheMapGrowsFromATinyStartHereAndInAnotherProcess)
     EXPECT_EQ(40, intactBlobs("Child", 40, 8192));
 }
 
-TEST_F(PortableStore, ADamagedOrForeignDataFileGivesAnErrorNotACrash)
+// A damaged or foreign data file gives an error, not a crash; a garbage lock file is rebuilt.
+TEST_F(PortableStore, ADamagedOrForeignDataFileGivesAnErrorAndAGarbageLockFileIsRebuilt)
 {
     const struct {
         const char* what;
+        LONG result;
         std::function<void(const std::string&)> damage;
     } cases[] = {
-        {"garbage", [](const std::string& directory) {
+        {"garbage lock file", ERROR_SUCCESS, [](const std::string& directory) {
+             ASSERT_EQ(0, zettest::runChild("portable_write_blobs", {"Kept", "3", "100"}));
+             overwrite(directory + "/lock.mdb", 8192);
+         }},
+        {"garbage", ERROR_BADDB, [](const std::string& directory) {
              mkdir(directory.c_str(), 0755);
              overwrite(directory + "/data.mdb", 64 * 1024);
          }},
-        {"cut short", [](const std::string& directory) {
+        {"cut short", ERROR_BADDB, [](const std::string& directory) {
              ASSERT_EQ(0, zettest::runChild("portable_write_blobs", {"Cut", "20", "4096"}));
              ASSERT_EQ(0, truncate((directory + "/data.mdb").c_str(), 3 * 4096));
          }},
-        {"another database", [](const std::string& directory) {
+        {"another database", ERROR_BADDB, [](const std::string& directory) {
              mkdir(directory.c_str(), 0755);
              makeForeignDatabase(directory);
          }},
@@ -235,16 +239,12 @@ TEST_F(PortableStore, ADamagedOrForeignDataFileGivesAnErrorNotACrash)
         zettest::TestRegistry fresh;
         c.damage(fresh.storeDirectory());
         ScopedKey key;
-        EXPECT_EQ(ERROR_BADDB, zettest::openKey(HKEY_LOCAL_MACHINE, kKeyPath, key, KEY_READ));
-        EXPECT_EQ(ERROR_BADDB, zettest::createKey(HKEY_LOCAL_MACHINE, kKeyPath, key));
+        EXPECT_EQ(c.result, zettest::openKey(HKEY_LOCAL_MACHINE, kKeyPath, key, KEY_READ));
+        EXPECT_EQ(c.result, zettest::createKey(HKEY_LOCAL_MACHINE, kKeyPath, key));
+        if (c.result == ERROR_SUCCESS) {
+            EXPECT_EQ(3, intactBlobs("Kept", 3, 100));
+        }
     }
-}
-
-TEST_F(PortableStore, AGarbageLockFileIsRebuiltByTheFirstUser)
-{
-    ASSERT_EQ(0, zettest::runChild("portable_write_blobs", {"Kept", "3", "100"}));
-    overwrite(file("lock.mdb"), 8192);
-    EXPECT_EQ(3, intactBlobs("Kept", 3, 100));
 }
 
 TEST_F(PortableStore, NameLimitsCountUtf16Units)
@@ -297,6 +297,113 @@ TEST_F(PortableStore, TextIsStoredAsLittleEndianUtf16)
     });
     EXPECT_EQ(std::string("A\0\xE9\0\x3D\xD8\x00\xDE\0\0", 10), stored);
     EXPECT_EQ(u"T\u00ebxt", name);
+}
+
+const DWORD kBlobWords = 1024;
+
+// Every word of the blob is the same: the writer's round.
+LONG writeBlob(HKEY key, DWORD round)
+{
+    const std::vector<DWORD> words(kBlobWords, round);
+    return RegSetValueExW(key, L"Blob", 0, REG_BINARY, reinterpret_cast<const BYTE*>(words.data()),
+                          static_cast<DWORD>(words.size() * sizeof(DWORD)));
+}
+
+bool blobIsWhole(HKEY key)
+{
+    std::vector<DWORD> words(kBlobWords);
+    DWORD size = static_cast<DWORD>(words.size() * sizeof(DWORD));
+    if (RegQueryValueExW(key, L"Blob", nullptr, nullptr, reinterpret_cast<BYTE*>(words.data()), &size) !=
+            ERROR_SUCCESS ||
+        size != kBlobWords * sizeof(DWORD))
+        return false;
+    for (DWORD word : words) {
+        if (word != words[0])
+            return false;
+    }
+    return true;
+}
+
+// args: how many reads of the blob to check. Exits with the number of the first broken promise.
+ZET_CHILD_SCENARIO(portable_unprivileged_reader)
+{
+    if (!zettest::becomeUnprivileged())
+        return 100;
+    ScopedKey key;
+    if (zettest::openKey(HKEY_LOCAL_MACHINE, kKeyPath, key, KEY_ALL_ACCESS) != ERROR_ACCESS_DENIED)
+        return 1;
+    if (zettest::createKey(HKEY_LOCAL_MACHINE, std::wstring(kKeyPath) + L"\\New", key, KEY_READ) != ERROR_ACCESS_DENIED)
+        return 2;
+    if (zettest::setDword(HKEY_LOCAL_MACHINE, L"Root", 1) != ERROR_ACCESS_DENIED)
+        return 3;
+    if (zettest::openKey(HKEY_LOCAL_MACHINE, kKeyPath, key, KEY_READ) != ERROR_SUCCESS)
+        return 4;
+    DWORD value = 0;
+    if (zettest::getDword(key.get(), L"Readable", value) != ERROR_SUCCESS || value != 42)
+        return 5;
+    for (int i = std::stoi(args.at(0)); i > 0; --i) {
+        if (!blobIsWhole(key.get()))
+            return 6;
+    }
+    return 0;
+}
+
+TEST_F(PortableStore, AProcessThatMayNotWriteTheStoreReadsButIsRefusedWrites)
+{
+    ScopedKey key;
+    ASSERT_EQ(ERROR_SUCCESS, zettest::createKey(HKEY_LOCAL_MACHINE, kKeyPath, key));
+    ASSERT_EQ(ERROR_SUCCESS, zettest::setDword(key.get(), L"Readable", 42));
+    ASSERT_EQ(ERROR_SUCCESS, writeBlob(key.get(), 0));
+    if (!zettest::canDropPrivileges())
+        GTEST_SKIP() << "only root can start a process of another user";
+
+    std::atomic<bool> stop(false);
+    std::atomic<DWORD> rounds(0);
+    std::thread writer([&] {
+        for (DWORD round = 1; !stop; ++round) {
+            if (writeBlob(key.get(), round) == ERROR_SUCCESS)
+                rounds = round;
+        }
+    });
+    const int result = zettest::runChild("portable_unprivileged_reader", {"3000"});
+    stop = true;
+    writer.join();
+    EXPECT_EQ(0, result);
+    EXPECT_GT(rounds.load(), 0u) << "nothing was written while the other process read";
+}
+
+TEST_F(PortableStore, AForkedChildWorksOnItsOwnAndLeavesTheParentWhole)
+{
+    ScopedKey key;
+    ASSERT_EQ(ERROR_SUCCESS, zettest::createKey(HKEY_LOCAL_MACHINE, kKeyPath, key));
+    ASSERT_EQ(ERROR_SUCCESS, zettest::setDword(key.get(), L"Parent", 1));
+
+    const pid_t child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        int failures = 0;
+        DWORD value = 0;
+        failures |= zettest::getDword(key.get(), L"Parent", value) != ERROR_SUCCESS || value != 1;
+        failures |= (zettest::setDword(key.get(), L"ThroughInherited", 2) != ERROR_SUCCESS) << 1;
+        HKEY own = nullptr;
+        failures |= (RegOpenKeyExW(HKEY_LOCAL_MACHINE, kKeyPath, 0, KEY_ALL_ACCESS, &own) != ERROR_SUCCESS) << 2;
+        failures |= (zettest::setDword(own, L"ThroughOwn", 3) != ERROR_SUCCESS) << 3;
+        RegCloseKey(own);
+        _exit(failures);
+    }
+    int status = 0;
+    ASSERT_EQ(child, waitpid(child, &status, 0));
+    ASSERT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(0, WEXITSTATUS(status));
+
+    DWORD inherited = 0, own = 0;
+    EXPECT_EQ(ERROR_SUCCESS, zettest::getDword(key.get(), L"ThroughInherited", inherited));
+    EXPECT_EQ(ERROR_SUCCESS, zettest::getDword(key.get(), L"ThroughOwn", own));
+    EXPECT_EQ(23u, inherited * 10 + own);
+    // The parent's environment and locks are untouched: it writes, and so do others.
+    EXPECT_EQ(ERROR_SUCCESS, zettest::setDword(key.get(), L"ParentAfter", 4));
+    ASSERT_EQ(0, zettest::runChild("portable_write_blobs", {"AfterFork", "1", "4"}));
+    EXPECT_EQ(1, intactBlobs("AfterFork", 1, 4));
 }
 
 }  // namespace

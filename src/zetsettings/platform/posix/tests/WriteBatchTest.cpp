@@ -22,52 +22,38 @@ namespace {
 
 const wchar_t kParent[] = L"Software\\BatchTest";
 const wchar_t kChild[] = L"Software\\BatchTest\\Child";
+const wchar_t kDoomed[] = L"Software\\BatchTest\\Doomed";
 
 uint64_t commits()
 {
     return StoreCatalog::instance().current()->lastCommitted();
 }
 
-uint64_t committedSeenElsewhere()
+template <typename Query>
+auto inAnotherThread(Query query) -> decltype(query())
 {
-    uint64_t id = 0;
-    std::thread([&] { id = commits(); }).join();
-    return id;
-}
-
-LONG setNumber(HKEY key, const std::wstring& name, DWORD number)
-{
-    return RegSetValueExW(key, name.c_str(), 0, REG_DWORD, reinterpret_cast<const BYTE*>(&number), sizeof(number));
+    decltype(query()) result{};
+    std::thread([&] { result = query(); }).join();
+    return result;
 }
 
 // The number stored under name in the key at path, or -1 when the key or the value is missing.
 long numberAt(const wchar_t* path, const std::wstring& name)
 {
     ScopedKey key;
-    DWORD number = 0, size = sizeof(number);
+    DWORD number = 0;
     if (zettest::openKey(HKEY_LOCAL_MACHINE, path, key, KEY_READ) != ERROR_SUCCESS ||
-        RegQueryValueExW(key.get(), name.c_str(), nullptr, nullptr, reinterpret_cast<BYTE*>(&number), &size) !=
-            ERROR_SUCCESS)
+        zettest::getDword(key.get(), name.c_str(), number) != ERROR_SUCCESS)
         return -1;
     return static_cast<long>(number);
 }
 
-long numberFromAnotherThread(const wchar_t* path, const std::wstring& name)
-{
-    long seen = 0;
-    std::thread([&] { seen = numberAt(path, name); }).join();
-    return seen;
-}
-
-DWORD valueCount(const wchar_t* path)
+size_t valueCount(const wchar_t* path)
 {
     ScopedKey key;
-    DWORD values = 0;
-    if (zettest::openKey(HKEY_LOCAL_MACHINE, path, key, KEY_READ) != ERROR_SUCCESS ||
-        RegQueryInfoKeyW(key.get(), nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, &values, nullptr, nullptr,
-                         nullptr, nullptr) != ERROR_SUCCESS)
-        return 0;
-    return values;
+    return zettest::openKey(HKEY_LOCAL_MACHINE, path, key, KEY_READ) == ERROR_SUCCESS
+               ? zettest::valueNames(key.get()).size()
+               : 0;
 }
 
 class WriteBatch : public zettest::RegistryTest {
@@ -80,43 +66,37 @@ protected:
     void TearDown() override { unsetenv("ZET_REGISTRY_INITIAL_MAP"); }
 };
 
-TEST_F(WriteBatch, WritesAreOneCommitThatTheThreadReadsAndOthersSeeOnlyAfterIt)
+TEST_F(WriteBatch, WritesAreOneCommitThatTheThreadReadsAndOthersSeeOnlyAfterItAndRefusedOnesFailAlone)
 {
     const uint64_t before = commits();
     {
         zet::RegistryBatch batch;
-        ScopedKey child;
+        ScopedKey parent, child;
+        ASSERT_EQ(ERROR_SUCCESS, zettest::openKey(HKEY_LOCAL_MACHINE, kParent, parent, KEY_ALL_ACCESS));
         ASSERT_EQ(ERROR_SUCCESS, zettest::createKey(HKEY_LOCAL_MACHINE, kChild, child));
-        ASSERT_EQ(ERROR_SUCCESS, setNumber(child.get(), L"first", 1));
+        ASSERT_EQ(ERROR_SUCCESS, zettest::setDword(child.get(), L"first", 1));
         EXPECT_EQ(1, numberAt(kChild, L"first")) << "the new key is found and read in the batch";
-        ASSERT_EQ(ERROR_SUCCESS, setNumber(child.get(), L"first", 2));
+        ASSERT_EQ(ERROR_SUCCESS, zettest::setDword(child.get(), L"first", 2));
         EXPECT_EQ(2, numberAt(kChild, L"first")) << "nothing read before the last write is taken for it";
-        ASSERT_EQ(ERROR_SUCCESS, setNumber(child.get(), L"second", 3));
+        ASSERT_EQ(ERROR_SUCCESS, zettest::setDword(child.get(), L"second", 3));
         EXPECT_EQ(2u, valueCount(kChild));
         ASSERT_EQ(ERROR_SUCCESS, RegDeleteValueW(child.get(), L"second"));
         EXPECT_EQ(1u, valueCount(kChild));
-        EXPECT_EQ(-1, numberFromAnotherThread(kChild, L"first"));
-        EXPECT_EQ(before, committedSeenElsewhere()) << "nothing is committed yet";
+        EXPECT_EQ(-1, inAnotherThread([] { return numberAt(kChild, L"first"); }));
+        EXPECT_EQ(before, inAnotherThread(commits)) << "nothing is committed yet";
+
+        ASSERT_EQ(ERROR_SUCCESS, zettest::setDword(parent.get(), L"before", 1));
+        EXPECT_EQ(ERROR_ACCESS_DENIED, RegDeleteKeyW(HKEY_LOCAL_MACHINE, kParent)) << "it has a subkey";
+        EXPECT_EQ(ERROR_INVALID_PARAMETER, zettest::setDword(parent.get(), std::wstring(16384, L'n').c_str(), 2));
+        ScopedKey doomed;
+        ASSERT_EQ(ERROR_SUCCESS, zettest::createKey(HKEY_LOCAL_MACHINE, kDoomed, doomed));
+        ASSERT_EQ(ERROR_SUCCESS, RegDeleteKeyW(HKEY_LOCAL_MACHINE, kDoomed));
+        EXPECT_EQ(ERROR_KEY_DELETED, zettest::setDword(doomed.get(), L"orphan", 3));
+        ASSERT_EQ(ERROR_SUCCESS, zettest::setDword(parent.get(), L"after", 4));
     }
     EXPECT_EQ(before + 1, commits());
-    EXPECT_EQ(2, numberFromAnotherThread(kChild, L"first"));
+    EXPECT_EQ(2, inAnotherThread([] { return numberAt(kChild, L"first"); }));
     EXPECT_EQ(1u, valueCount(kChild));
-}
-
-TEST_F(WriteBatch, ARefusedWriteFailsAloneAndTheWritesAroundItStay)
-{
-    {
-        zet::RegistryBatch batch;
-        ScopedKey parent, child;
-        ASSERT_EQ(ERROR_SUCCESS, zettest::openKey(HKEY_LOCAL_MACHINE, kParent, parent, KEY_ALL_ACCESS));
-        ASSERT_EQ(ERROR_SUCCESS, setNumber(parent.get(), L"before", 1));
-        ASSERT_EQ(ERROR_SUCCESS, zettest::createKey(HKEY_LOCAL_MACHINE, kChild, child));
-        EXPECT_EQ(ERROR_ACCESS_DENIED, RegDeleteKeyW(HKEY_LOCAL_MACHINE, kParent)) << "it has a subkey";
-        EXPECT_EQ(ERROR_INVALID_PARAMETER, setNumber(parent.get(), std::wstring(16384, L'n'), 2));
-        ASSERT_EQ(ERROR_SUCCESS, RegDeleteKeyW(HKEY_LOCAL_MACHINE, kChild));
-        EXPECT_EQ(ERROR_KEY_DELETED, setNumber(child.get(), L"orphan", 3));
-        ASSERT_EQ(ERROR_SUCCESS, setNumber(parent.get(), L"after", 4));
-    }
     EXPECT_EQ(1, numberAt(kParent, L"before"));
     EXPECT_EQ(4, numberAt(kParent, L"after"));
     EXPECT_EQ(2u, valueCount(kParent));
@@ -134,7 +114,7 @@ TEST_F(WriteBatch, TheMapGrowsInTheMiddleAndKeepsEveryWriteOfTheBatch)
     {
         zet::RegistryBatch batch;
         for (int i = 0; i < kBlocks; ++i) {
-            ASSERT_EQ(ERROR_SUCCESS, setNumber(key.get(), L"number" + std::to_wstring(i), i));
+            ASSERT_EQ(ERROR_SUCCESS, zettest::setDword(key.get(), (L"number" + std::to_wstring(i)).c_str(), i));
             ASSERT_EQ(ERROR_SUCCESS, RegSetValueExW(key.get(), (L"block" + std::to_wstring(i)).c_str(), 0, REG_BINARY,
                                                     block.data(), static_cast<DWORD>(block.size())));
         }
@@ -157,7 +137,7 @@ TEST_F(WriteBatch, OnlyTheOutermostBatchCommitsOrDrops)
         ASSERT_EQ(ERROR_SUCCESS, zettest::openKey(HKEY_LOCAL_MACHINE, kParent, parent, KEY_ALL_ACCESS));
         {
             zet::RegistryBatch inner;
-            ASSERT_EQ(ERROR_SUCCESS, setNumber(parent.get(), L"inner", 1));
+            ASSERT_EQ(ERROR_SUCCESS, zettest::setDword(parent.get(), L"inner", 1));
             EXPECT_FALSE(inner.discard()) << "a nested batch can't drop what the outer one holds";
         }
         EXPECT_EQ(1, numberAt(kParent, L"inner"));
