@@ -168,7 +168,9 @@ TEST_F(NamedMutexTest, AHolderProcessKilledOrThreadEndedIsReportedAsAbandonedOnc
 {
     zettest::ChildProcess holder("seam_mutex_hold", {zettest::narrow(name), signals.path()});
     ASSERT_TRUE(signals.awaitRaised("held"));
-    Handle mutex(name);
+    // Asking to own it while another process holds it opens it without the hold.
+    Handle mutex(name, TRUE);
+    EXPECT_EQ(static_cast<DWORD>(ERROR_ALREADY_EXISTS), mutex.createError);
     const auto before = std::chrono::steady_clock::now();
     EXPECT_EQ(WAIT_TIMEOUT, WaitForSingleObject(mutex.handle, 150));
     EXPECT_GE(std::chrono::steady_clock::now() - before, std::chrono::milliseconds(150));
@@ -295,9 +297,15 @@ TEST_F(NamedMutexTest, HandlesOfOneNameInOneStoreShareOneMutexThatOnlyItsHolderR
     EXPECT_EQ(static_cast<DWORD>(ERROR_NOT_OWNER), GetLastError());
     EXPECT_EQ(WAIT_OBJECT_0, waitFromAnotherThread(second.handle, 0));
     ASSERT_EQ(WAIT_OBJECT_0, WaitForSingleObject(first.handle, 0));
-    EXPECT_TRUE(CloseHandle(std::exchange(first.handle, nullptr)));
+    const HANDLE closed = std::exchange(first.handle, nullptr);
+    EXPECT_TRUE(CloseHandle(closed));
     EXPECT_TRUE(CloseHandle(std::exchange(second.handle, nullptr)));
     EXPECT_EQ(0, tryInChild()) << "the last handle closed";
+
+    const auto refusedAsInvalid = [](bool refused) { return refused && GetLastError() == ERROR_INVALID_HANDLE; };
+    EXPECT_TRUE(refusedAsInvalid(WaitForSingleObject(closed, 0) == WAIT_FAILED));
+    EXPECT_TRUE(refusedAsInvalid(!ReleaseMutex(closed)));
+    EXPECT_TRUE(refusedAsInvalid(!CloseHandle(closed)));
 }
 
 // A chooser step by a user who can't take the product's mutex: 2 when it fails visibly, with
