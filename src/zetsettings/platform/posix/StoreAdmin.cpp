@@ -297,21 +297,6 @@ void takeProductMutexOnce(const std::string& directory)
 
 // ---- backup and restore ----------------------------------------------------------------------
 
-bool writeAll(int fd, const void* bytes, std::size_t size)
-{
-    const char* at = static_cast<const char*>(bytes);
-    while (size > 0) {
-        const ssize_t written = write(fd, at, size);
-        if (written < 0 && errno == EINTR)
-            continue;
-        if (written <= 0)
-            return false;
-        at += written;
-        size -= static_cast<std::size_t>(written);
-    }
-    return true;
-}
-
 bool readAllAt(int fd, void* bytes, std::size_t size, off_t offset)
 {
     char* at = static_cast<char*>(bytes);

@@ -1,9 +1,25 @@
 #include "zetsettings/platform/posix/StoreFiles.h"
 
+#include <errno.h>
 #include <unistd.h>
 
 namespace zet {
 namespace portable {
+
+bool writeAll(int fd, const void* bytes, std::size_t size)
+{
+    const char* at = static_cast<const char*>(bytes);
+    while (size > 0) {
+        const ssize_t written = write(fd, at, size);
+        if (written < 0 && errno == EINTR)
+            continue;
+        if (written <= 0)
+            return false;
+        at += written;
+        size -= static_cast<std::size_t>(written);
+    }
+    return true;
+}
 
 bool StoreOwnership::readFrom(const std::string& directory)
 {

@@ -17,6 +17,7 @@
 #include <sys/stat.h>
 #include <sys/types.h>
 
+#include <cstddef>
 #include <string>
 
 namespace zet {
@@ -39,6 +40,10 @@ struct StoreOwnership {
     void adopt(int fd, mode_t mode) const;
     void adopt(const std::string& path, mode_t mode) const;
 };
+
+// Writes all of `bytes` to `fd`, across short writes and interruptions; false (errno set) when
+// the file takes no more.
+bool writeAll(int fd, const void* bytes, std::size_t size);
 
 // Why a machine key file with these attributes can't be trusted for a store with this owner,
 // or null when it can: a regular file owned by root or by the store's owner, writable by
