@@ -8,17 +8,14 @@
 #include "regfile/TextCodec.h"
 #include "zetsettings/ZETSettings.h"
 
-using zettooltest::expectSteps;
-using zettooltest::contains;
-using zettooltest::runTool;
-using zettooltest::ToolResult;
+using namespace zettooltest;
 
 namespace {
 
 const std::string kBase = "HKLM\\Software\\Orvane\\QXL";
 const std::string kShownBase = "HKEY_LOCAL_MACHINE\\Software\\Orvane\\QXL";
 
-class RegCommand : public zettooltest::ToolTest {
+class RegCommand : public ToolTest {
 protected:
     void add(const std::string& key, const std::string& name, const std::string& type, const std::string& data)
     {
@@ -28,7 +25,7 @@ protected:
     std::string exportAll(const std::string& file)
     {
         ok({"reg", "export", "HKLM", scratch(file), "/y"});
-        return zettooltest::readFile(scratch(file));
+        return readFile(scratch(file));
     }
 };
 
@@ -61,9 +58,9 @@ TEST_F(RegCommand, AddAsksBeforeOverwritingAndDeleteRemovesWhatItNames)
 {
     add(kBase, "Kept", "REG_SZ", "first");
     const std::vector<std::string> overwrite = {"reg", "add", kBase, "/v", "Kept", "/d", "second"};
-    EXPECT_TRUE(contains(runTool(overwrite, {{}, false, "n\n"}).out, "Value Kept exists, overwrite"));
+    EXPECT_TRUE(contains(runTool(overwrite, {{}, {}, "n\n"}).out, "Value Kept exists, overwrite"));
     expectSteps({{{"reg", "query", kBase, "/v", "Kept"}, "...first"}});
-    runTool(overwrite, {{}, false, "yes\n"});
+    runTool(overwrite, {{}, {}, "yes\n"});
     add(kBase + "\\Tree\\Leaf", "x", "REG_DWORD", "1");
     expectSteps({
         {{"reg", "query", kBase, "/v", "Kept"}, "...second"},
@@ -97,12 +94,11 @@ TEST_F(RegCommand, ExportImportOfEveryTypeAndKindOfNameIntoAnEmptyStoreExportsTh
     }
     const std::string first = exportAll("first.reg");
     ASSERT_EQ(first.substr(0, 2), "\xFF\xFE");
-    zettooltest::writeFile(scratch("kept.reg"), first);
 
     zettest::TestRegistry emptyStore;  // the process's registry is now a new, empty one
     expectSteps({
         {{"reg", "query", kBase}, "unable to find", 1},
-        {{"reg", "import", scratch("kept.reg")}, "...Imported "},
+        {{"reg", "import", scratch("first.reg")}, "...Imported "},
     });
     EXPECT_EQ(exportAll("second.reg"), first);
 }
@@ -129,7 +125,7 @@ TEST_F(RegCommand, AFileOfRegExeUnderWineImportsAndTheLibraryReadsIt)
 TEST_F(RegCommand, ImportsSayWhatTheyApplyAndDryRunWritesNothing)
 {
     // REGEDIT4 in Windows-1252, as Windows writes it: "café" = "€".
-    zettooltest::writeFile(scratch("ansi.reg"), "REGEDIT4\r\n\r\n[HKEY_LOCAL_MACHINE\\Software\\Orvane\\QXL]\r\n"
+    writeFile(scratch("ansi.reg"), "REGEDIT4\r\n\r\n[HKEY_LOCAL_MACHINE\\Software\\Orvane\\QXL]\r\n"
                                                 "\"caf\xE9\"=\"\x80\"\r\n\"gone\"=-\r\n\r\n[-HKEY_LOCAL_MACHINE\\Software\\x]\r\n"
                                                 "[HKEY_LOCAL_MACHINE\\Software\\Orvane\\QXL\\Empty]\r\n");
     const std::string counts = "2 key(s) with 1 value(s) set, 1 value(s) deleted, 1 key(s) deleted";
@@ -169,7 +165,7 @@ TEST_F(RegCommand, ABadFileImportsNothing)
         {before + "x", "a UTF-16 file with an odd number of bytes"},  // mis-encoded: UTF-16 with an odd byte count
     };
     for (const auto& file : files) {
-        zettooltest::writeFile(scratch("bad.reg"), file.text);  // UTF-8, as other tools write them
+        writeFile(scratch("bad.reg"), file.text);  // UTF-8, as other tools write them
         const ToolResult result = runTool({"reg", "import", scratch("bad.reg")});
         EXPECT_EQ(result.status, 1);
         EXPECT_TRUE(contains(result.err, file.message)) << result.err.substr(0, 200);

@@ -49,7 +49,7 @@ TEST(RegFileWriter, WritesEveryValueAsWindowsExportsItAndReadsItBack)
 {
     const struct {
         RegFileValue value;
-        std::string line;  // as Windows' own export writes it; empty: read back only
+        std::string line;  // as Windows' own export writes it
     } cases[] = {
         {value(L"DWORD", kRegDword, std::string("\x00\x01\x00\x00", 4)), "\"DWORD\"=dword:00000100"},
         {value(L"double\"quote", kRegSz, sz(u"\"Hi\" C:\\x")), "\"double\\\"quote\"=\"\\\"Hi\\\" C:\\\\x\""},
@@ -66,15 +66,10 @@ TEST(RegFileWriter, WritesEveryValueAsWindowsExportsItAndReadsItBack)
         {value(L"s", kRegSz, utf16ToBytes(u"a")), "\"s\"=hex(1):61,00"},
         {value(L"d", kRegDword, ""), "\"d\"=hex(4):"},
         {value(L"n", kRegNone, ""), "\"n\"=hex(0):"},
-        {value(L"text", kRegSz, sz(u"line\nbreak \u00e9 \U0001F600")), ""},
-        {value(L"expand", kRegExpandSz, sz(u"%x%")), ""},
-        {value(L"", kRegQword, std::string(8, '\x01')), ""},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.line);
-        if (!c.line.empty()) {
-            EXPECT_EQ(utf16ToUtf8(formatValueLine(c.value)), c.line);
-        }
+        EXPECT_EQ(utf16ToUtf8(formatValueLine(c.value)), c.line);
         RegFileKey key;
         key.path = L"HKEY_LOCAL_MACHINE\\Software\\Orvane\\QXL";
         key.values.push_back(c.value);

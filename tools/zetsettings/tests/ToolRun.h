@@ -16,17 +16,19 @@ struct ToolResult {
     std::string err;
 };
 
+// setpriv's options for nobody without groups: a user that may read a store made on the fly, not
+// write it, and may not enter a group store.
+inline const std::vector<std::string> kOutsider = {"--reuid=65534", "--regid=65534", "--clear-groups"};
+
 // How the program runs besides its arguments.
 struct ToolSetting {
     std::vector<std::pair<std::string, std::string> > environment;  // variables set in the child
-    bool unprivileged = false;  // as a user that may read the test's store but not write it
-    std::string input{};        // its standard input
+    std::vector<std::string> as{};  // setpriv's options, to run as another user
+    std::string input{};            // its standard input
 };
 
 // The program's exit status and everything it wrote.
 ToolResult runTool(const std::vector<std::string>& args, const ToolSetting& setting = ToolSetting());
-// The same as another user: `setpriv` run with `identity` (its options) starts the program.
-ToolResult runToolAs(const std::vector<std::string>& identity, const std::vector<std::string>& args);
 
 // Whether another user (nobody) can start the built tool: a checkout in a folder closed to
 // others can't be run as them, and the tests that act as other users then skip.
@@ -34,8 +36,6 @@ bool otherUsersCanRunTheTool();
 
 std::string readFile(const std::string& path);
 void writeFile(const std::string& path, const std::string& bytes);
-// A file beside the test's store, removed with it.
-std::string scratchPath(const zettest::TestRegistry& registry, const std::string& name);
 bool contains(const std::string& text, const std::string& part);
 
 // One run of the program and what it must answer. On success `shows` is its whole output, or
@@ -51,7 +51,8 @@ void expectSteps(const std::vector<Step>& steps);
 // Base of the tool's tests: a store of the test's own, and files beside it.
 class ToolTest : public zettest::RegistryTest {
 protected:
-    std::string scratch(const std::string& name) const { return scratchPath(registry, name); }
+    // A file beside the test's store, removed with it.
+    std::string scratch(const std::string& name) const;
     // Runs a command that must succeed and gives what it printed.
     std::string ok(const std::vector<std::string>& args, const std::vector<std::string>& as = {});
 };

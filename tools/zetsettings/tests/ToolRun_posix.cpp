@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "support/ProcessRights.h"
 #include "support/StartProgram_posix.h"
 
 #include <sys/wait.h>
@@ -11,7 +10,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
-#include <sstream>
+#include <iterator>
 #include <stdexcept>
 
 namespace zettooltest {
@@ -27,26 +26,30 @@ FILE* unnamedFile(const std::string& content = "")
     return file;
 }
 
+// Opened anew through /proc, the file is read from its start whatever the child left its offset at.
 std::string contentOf(FILE* file)
 {
-    std::rewind(file);
-    std::string content;
-    char buffer[4096];
-    for (std::size_t got; (got = std::fread(buffer, 1, sizeof buffer, file)) > 0;)
-        content.append(buffer, got);
+    const std::string content = readFile("/proc/self/fd/" + std::to_string(fileno(file)));
     std::fclose(file);
     return content;
 }
 
-ToolResult runProgram(const std::string& program, const std::vector<std::string>& args, const ToolSetting& setting)
+}  // namespace
+
+ToolResult runTool(const std::vector<std::string>& args, const ToolSetting& setting)
 {
+    const bool asOther = !setting.as.empty();
+    std::vector<std::string> command = setting.as;
+    if (asOther)
+        command.push_back(ZET_TOOL_PATH);
+    command.insert(command.end(), args.begin(), args.end());
     FILE* files[3] = {unnamedFile(setting.input), unnamedFile(), unnamedFile()};
-    const pid_t child = zettest::startProgram(program, args, [&] {
+    const pid_t child = zettest::startProgram(asOther ? "/usr/bin/setpriv" : ZET_TOOL_PATH, command, [&] {
         for (int fd = 0; fd < 3; ++fd)
             dup2(fileno(files[fd]), fd);
         for (const auto& variable : setting.environment)
             setenv(variable.first.c_str(), variable.second.c_str(), 1);
-        return !setting.unprivileged || zettest::becomeUnprivileged();
+        return true;
     });
     int status = 0;
     waitpid(child, &status, 0);
@@ -58,48 +61,22 @@ ToolResult runProgram(const std::string& program, const std::vector<std::string>
     return result;
 }
 
-}  // namespace
-
-ToolResult runTool(const std::vector<std::string>& args, const ToolSetting& setting)
-{
-    return runProgram(ZET_TOOL_PATH, args, setting);
-}
-
-ToolResult runToolAs(const std::vector<std::string>& identity, const std::vector<std::string>& args)
-{
-    std::vector<std::string> command = identity;
-    command.push_back(ZET_TOOL_PATH);
-    command.insert(command.end(), args.begin(), args.end());
-    return runProgram("/usr/bin/setpriv", command, ToolSetting());
-}
-
 bool otherUsersCanRunTheTool()
 {
-    // Both ways the tests take: setpriv, and rights dropped before the program starts.
     static const bool can = geteuid() == 0 && access("/usr/bin/setpriv", X_OK) == 0 &&
-                            runToolAs({"--reuid=65534", "--regid=65534", "--clear-groups"}, {"--version"}).status == 0 &&
-                            runTool({"--version"}, ToolSetting{{}, true}).status == 0;
+                            runTool({"--version"}, {{}, kOutsider}).status == 0;
     return can;
 }
 
 std::string readFile(const std::string& path)
 {
     std::ifstream file(path, std::ios::binary);
-    std::ostringstream content;
-    content << file.rdbuf();
-    return content.str();
+    return std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
 }
 
 void writeFile(const std::string& path, const std::string& bytes)
 {
-    std::ofstream file(path, std::ios::binary | std::ios::trunc);
-    file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-}
-
-std::string scratchPath(const zettest::TestRegistry& registry, const std::string& name)
-{
-    const std::string& store = registry.storeDirectory();
-    return store.substr(0, store.rfind('/') + 1) + name;
+    std::ofstream(path, std::ios::binary | std::ios::trunc) << bytes;
 }
 
 bool contains(const std::string& text, const std::string& part) { return text.find(part) != std::string::npos; }
@@ -124,9 +101,15 @@ void expectSteps(const std::vector<Step>& steps)
     }
 }
 
+std::string ToolTest::scratch(const std::string& name) const
+{
+    const std::string& store = registry.storeDirectory();
+    return store.substr(0, store.rfind('/') + 1) + name;
+}
+
 std::string ToolTest::ok(const std::vector<std::string>& args, const std::vector<std::string>& as)
 {
-    const ToolResult result = as.empty() ? runTool(args) : runToolAs(as, args);
+    const ToolResult result = runTool(args, {{}, as});
     EXPECT_EQ(0, result.status) << args[0] << " " << (args.size() > 1 ? args[1] : "") << ": " << result.err;
     return result.out;
 }
