@@ -124,16 +124,21 @@ TEST_F(RegCommand, AFileOfRegExeUnderWineImportsAndTheLibraryReadsIt)
 
 TEST_F(RegCommand, ImportsSayWhatTheyApplyAndDryRunWritesNothing)
 {
-    // REGEDIT4 in Windows-1252, as Windows writes it: "café" = "€".
-    writeFile(scratch("ansi.reg"), "REGEDIT4\r\n\r\n[HKEY_LOCAL_MACHINE\\Software\\Orvane\\QXL]\r\n"
-                                                "\"caf\xE9\"=\"\x80\"\r\n\"gone\"=-\r\n\r\n[-HKEY_LOCAL_MACHINE\\Software\\x]\r\n"
-                                                "[HKEY_LOCAL_MACHINE\\Software\\Orvane\\QXL\\Empty]\r\n");
-    const std::string counts = "2 key(s) with 1 value(s) set, 1 value(s) deleted, 1 key(s) deleted";
+    // REGEDIT4 in Windows-1252, as Windows writes it ("café" = "€"), with comments, spaces, bare line
+    // ends, hex data continued across a comment line, deletions and a root's short name.
+    writeFile(scratch("ansi.reg"), "REGEDIT4\r\n; a comment\r\n\r\n"
+                                   "[HKEY_LOCAL_MACHINE\\Software\\Orvane\\QXL] ; trailing\r\n"
+                                   "\"caf\xE9\"=\"\x80\"\r\n\"gone\"=-\n  \"spaced\" = dword:2A ; answer\n"
+                                   "\"bin\"=hex:01,02,\\\n   ; not data\n  03 , 04\n\r\n"
+                                   "[-HKEY_LOCAL_MACHINE\\Software\\x]\r\n[HKLM\\Software\\Orvane\\QXL\\Empty]\r\n");
+    const std::string counts = "2 key(s) with 3 value(s) set, 1 value(s) deleted, 1 key(s) deleted";
     expectSteps({
         {{"reg", "import", scratch("ansi.reg"), "--dry-run"}, "..." + counts + ". Nothing was written"},
         {{"reg", "query", kBase}, "unable to find", 1},
         {{"reg", "import", scratch("ansi.reg")}, "Imported " + counts + ".\nThe operation completed successfully.\n"},
         {{"base", "get-str", "caf\xC3\xA9", "--default", "missing"}, "\xE2\x82\xAC\n"},
+        {{"base", "get-int", "spaced", "--default", "0"}, "42\n"},
+        {{"reg", "query", kBase, "/v", "bin"}, "...bin    REG_BINARY    01020304"},
     });
     // Exported to standard output, the file comes alone; the outcome goes to standard error.
     const ToolResult result = runTool({"reg", "export", kBase, "/dev/stdout"});

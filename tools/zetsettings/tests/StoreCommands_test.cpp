@@ -10,7 +10,7 @@ using namespace zettooltest;
 namespace {
 
 const std::string kBase = "HKLM\\Software\\Orvane\\QXL";
-const std::string kNetwork = "HKLM\\SYSTEM\\CurrentControlSet\\Control\\Network";
+const std::string kNdis = "HKLM\\SYSTEM\\CurrentControlSet\\Control\\Network";
 const char kMissing[] = "unable to find";
 
 class StoreCommands : public ToolTest {};
@@ -45,9 +45,9 @@ TEST_F(StoreCommands, ValueFamiliesParametersAndTheNdisCheck)
         {{"--json", "params"}, "...{\"key\":\"ZET_MAIN_WINDOW_TIMEOUT\",\"value\":30}"},
         {{"--json", "params"}, "...\"rootCertificates\":[\"Class 3 Public Primary Certification Authority\"]"},
         // ndis puts failover last and says so; then it finds the list in order.
-        {{"reg", "add", kNetwork, "/v", "FilterClasses", "/t", "REG_MULTI_SZ", "/d", "failover\\0alpha\\0Beta", "/f"}, "..."},
+        {{"reg", "add", kNdis, "/v", "FilterClasses", "/t", "REG_MULTI_SZ", "/d", "failover\\0alpha\\0Beta", "/f"}, "..."},
         {{"ndis", "check"}, "...rewritten"},
-        {{"reg", "query", kNetwork, "/v", "FilterClasses"}, "...alpha\\0Beta\\0failover"},
+        {{"reg", "query", kNdis, "/v", "FilterClasses"}, "...alpha\\0Beta\\0failover"},
         {{"--json", "ndis", "check"}, "{\"foundInOrder\":true}\n"},
     });
 }
@@ -60,16 +60,17 @@ TEST_F(StoreCommands, NetworkProfilesKeepTheirSecretOutOfSight)
     const std::string list = ok({"network", "list"});
     EXPECT_TRUE(list == "MyWLAN\nmywlan\n" || list == "mywlan\nMyWLAN\n") << list;
     expectSteps({
-        {{"network", "show", "MyWLAN"}, "name           MyWLAN\nprofileText    office\nprofileFlag1   0\nprofileFlag2   255\n"
-                                        "profileFlag3   0\nprofileFlag4   0\nprotectedBlob  (hidden; --secret shows it)\n"
-                                        "plainBlob      01 02\n"},
+        {{"network", "show", "MyWLAN"}, "name           MyWLAN\nprofileText    office\nprofileFlag1   0\n"
+                                        "profileFlag2   255\nprofileFlag3   0\nprofileFlag4   0\n"
+                                        "protectedBlob  (hidden; --secret shows it)\nplainBlob      01 02\n"},
         {{"--json", "network", "show", "MyWLAN"}, "...\"protectedBlob\":null"},
         {{"--json", "network", "show", "MyWLAN", "--secret"}, "...\"protectedBlob\":\"7034737377307264\""},
         // In the registry the secret is ciphertext: neither its bytes nor their hex appear.
         {{"reg", "query", kBase + "\\NetworkSettings", "/v", "MyWLAN_BC"}, "!7034737377307264"},
         // set keeps the fields not given.
         {{"network", "set", "MyWLAN", "--flag1", "3"}, "..."},
-        {{"--json", "network", "show", "MyWLAN"}, "...\"profileText\":\"office\",\"profileFlag1\":3,\"profileFlag2\":255"},
+        {{"--json", "network", "show", "MyWLAN"},
+         "...\"profileText\":\"office\",\"profileFlag1\":3,\"profileFlag2\":255"},
         {{"network", "delete", "MyWLAN"}, "...office"},
         {{"network", "show", "MyWLAN"}, "no profile", 1},
     });
