@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <grp.h>
-#include <stdlib.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -243,8 +242,7 @@ TEST_F(StoreAdmin, ABackupTakenWhileWritersRunRestoresWithEverySecret)
     ASSERT_EQ(0, made.status) << made.err;
     EXPECT_EQ("0600", modeOf(backup).substr(modeOf(backup).size() - 4));
 
-    const std::string restored = scratch("restored");
-    setenv("ZET_REGISTRY_DIR", restored.c_str(), 1);
+    const zettest::TestRegistry restored;  // the tool's store is now a new one, not there yet
     ok({"store", "restore", backup});
     std::istringstream names(ok({"network", "list"}));
     int checked = 0;
@@ -255,7 +253,6 @@ TEST_F(StoreAdmin, ABackupTakenWhileWritersRunRestoresWithEverySecret)
     EXPECT_GE(checked, 6);
     EXPECT_EQ(1, runTool({"store", "restore", backup}).status) << "a store that is there was replaced";
     EXPECT_EQ(0, runTool({"store", "restore", "--replace", backup}).status);
-    setenv("ZET_REGISTRY_DIR", store().c_str(), 1);
 }
 
 }  // namespace
