@@ -5,8 +5,6 @@
 #include <algorithm>
 
 #include "ToolRun.h"
-#include "regfile/TextCodec.h"
-#include "zetsettings/ZETSettings.h"
 
 using namespace zettooltest;
 
@@ -29,7 +27,7 @@ protected:
     }
 };
 
-TEST_F(RegCommand, QueryPrintsAsRegExe)
+TEST_F(RegCommand, QueryAddAndDeleteAsRegExe)
 {
     add(kBase + "\\Sub", "Text", "REG_SZ", "Hello, World");
     add(kBase + "\\Sub", "Num", "REG_DWORD", "0x123");
@@ -52,10 +50,7 @@ TEST_F(RegCommand, QueryPrintsAsRegExe)
         {{"--json", "reg", "query", kBase + "\\J"}, "...{\"name\":\"D\",\"type\":\"REG_DWORD\",\"data\":\"ffffffff\",\"value\":4294967295}"},
         {{"--json", "reg", "query", kBase + "\\J"}, "...\"data\":\"ffffffffffffffff\",\"value\":18446744073709551615}"},
     });
-}
-
-TEST_F(RegCommand, AddAsksBeforeOverwritingAndDeleteRemovesWhatItNames)
-{
+    // add asks before it overwrites; delete removes the value or the whole tree it names.
     add(kBase, "Kept", "REG_SZ", "first");
     const std::vector<std::string> overwrite = {"reg", "add", kBase, "/v", "Kept", "/d", "second"};
     EXPECT_TRUE(contains(runTool(overwrite, {{}, {}, "n\n"}).out, "Value Kept exists, overwrite"));
@@ -105,21 +100,20 @@ TEST_F(RegCommand, ExportImportOfEveryTypeAndKindOfNameIntoAnEmptyStoreExportsTh
 
 TEST_F(RegCommand, AFileOfRegExeUnderWineImportsAndTheLibraryReadsIt)
 {
-    ok({"reg", "import", std::string(ZET_TOOL_FIXTURES) + "/wine-export.reg"});
-    const boost::shared_ptr<ZETPreferredNetworks> list = ZETSettings::getChooserPreferredNets();
-    ASSERT_EQ(list->entries.size(), 2u);
-    EXPECT_EQ(list->position, 1);
-    EXPECT_EQ(list->entries[0].netName, L"Home");
-    EXPECT_EQ(list->entries[1].netName, L"Office");
-    EXPECT_EQ(list->entries[1].macAddress.bytes(), std::string("\x00\x11\x22\x33\x44\x55", 6));
-    EXPECT_TRUE(ZETSettings::isChooserActive());
-    EXPECT_FALSE(ZETSettings::isAlertNotificationEnabled(7));
-    EXPECT_EQ(ZETSettings::strGetNetlibValue(L"Greeting", L"unset"), zetreg::utf8ToWide("Gr\xC3\xBC\xC3\x9F" "e \"aus\" C:\\Wine"));
-    EXPECT_EQ(ZETSettings::intGetNetlibValue(L"Retries", 0), 42);
-    const boost::shared_ptr<ZETFallbackSettings> record = ZETSettings::getFallbackSettings(L"Corp", L"Lab_Net1");
-    ASSERT_TRUE(record);
-    EXPECT_EQ(std::string(record->fallbackBytes1), "ab");
-    expectSteps({{{"reg", "query", kBase + "\\NetlibSettings", "/v", "Paths"}, "...one\\0two"}});
+    expectSteps({
+        {{"reg", "import", std::string(ZET_TOOL_FIXTURES) + "/wine-export.reg"}, "..."},
+        {{"--json", "chooser", "list"},
+         "{\"position\":1,\"walk\":\"at entry 1 of 2\",\"entries\":[{\"place\":1,\"walk\":\"<-\","
+         "\"netName\":\"Home\",\"macAddress\":\"\",\"entryFlag\":0,\"matchKind\":0,\"matchByte1\":0,\"matchByte2\":0},"
+         "{\"place\":2,\"walk\":\"\",\"netName\":\"Office\",\"macAddress\":\"001122334455\",\"entryFlag\":0,"
+         "\"matchKind\":3,\"matchByte1\":0,\"matchByte2\":0}]}\n"},
+        {{"chooser", "active"}, "yes\n"},
+        {{"alert", "get", "7"}, "disabled\n"},
+        {{"netlib", "get-str", "Greeting", "--default", "unset"}, "Gr\xC3\xBC\xC3\x9F" "e \"aus\" C:\\Wine\n"},
+        {{"netlib", "get-int", "Retries", "--default", "0"}, "42\n"},
+        {{"fallback-db", "show", "Corp", "Lab_Net1"}, "...fallbackBytes1  61 62"},
+        {{"reg", "query", kBase + "\\NetlibSettings", "/v", "Paths"}, "...one\\0two"},
+    });
 }
 
 TEST_F(RegCommand, ImportsSayWhatTheyApplyAndDryRunWritesNothing)

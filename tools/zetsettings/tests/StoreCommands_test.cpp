@@ -112,8 +112,8 @@ TEST_F(StoreCommands, TheChooserWalkIsMarkedAndSharedBetweenRuns)
         {{"chooser", "list"}, "...walk      at entry 2 of 3"},
         {{"chooser", "list"}, "...2      <-    Q"},
         {{"chooser", "next"}, "..."},
-        {{"--json", "chooser", "next"}, "{\"entry\":{\"netName\":\"P\",\"macAddress\":\"\",\"entryFlag\":0,\"matchKind\":0,"
-                                        "\"matchByte1\":0,\"matchByte2\":0},\"wrapped\":true}\n"},
+        {{"--json", "chooser", "next"}, "{\"entry\":{\"netName\":\"P\",\"macAddress\":\"\",\"entryFlag\":0,"
+                                        "\"matchKind\":0,\"matchByte1\":0,\"matchByte2\":0},\"wrapped\":true}\n"},
         {{"chooser", "stop"}, "..."},
         {{"--json", "chooser", "next"}, "{\"entry\":null,\"wrapped\":false}\n"},
         {{"chooser", "delete", "Q"}, "..."},
@@ -133,8 +133,7 @@ TEST_F(StoreCommands, AStoreThatCantBeUsedIsNamedAndFailsEveryCommand)
     ok({"chooser", "front", "Net"});
     writeFile(scratch("a-file"), "not a store");
     const std::vector<std::vector<std::string> > commands = {
-        {"network", "list"},       {"chooser", "list"},          {"fallback-db", "owners"},
-        {"base", "set-int", "N", "1"}, {"chooser", "active", "on"}, {"login", "set", "--user", "u"},
+        {"network", "list"}, {"fallback-db", "owners"}, {"base", "set-int", "N", "1"}, {"chooser", "active", "on"},
     };
     std::vector<std::pair<ToolSetting, std::string> > settings = {
         {ToolSetting{{{"ZET_REGISTRY_DIR", scratch("a-file")}}}, "not a directory"},
