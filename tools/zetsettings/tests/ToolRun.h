@@ -45,7 +45,6 @@ struct Step {
     std::vector<std::string> args;
     std::string shows;
     int status = 0;
-    ToolSetting setting{};
 };
 void expectSteps(const std::vector<Step>& steps);
 

@@ -84,7 +84,7 @@ bool contains(const std::string& text, const std::string& part) { return text.fi
 void expectSteps(const std::vector<Step>& steps)
 {
     for (const Step& step : steps) {
-        const ToolResult result = runTool(step.args, step.setting);
+        const ToolResult result = runTool(step.args);
         const std::string what = step.args[0] + " " + (step.args.size() > 1 ? step.args[1] : "") + ": " + result.err;
         EXPECT_EQ(step.status, result.status) << what;
         if (step.status != 0) {
