@@ -834,7 +834,7 @@ int regImport(const RegWords& words, Console& console)
         apply(file, paths, changes);
     } catch (const std::exception& error) {
         const bool undone = batch.discard() || changes.rollback();
-        console.err << "ERROR: Error accessing the registry: " << error.what()
+        console.err << "ERROR: Error accessing the registry: " << clipped(error.what())
                     << (undone ? " Nothing was imported.\n" : " The changes made so far could not all be undone.\n");
         return kRegFailure;
     }
