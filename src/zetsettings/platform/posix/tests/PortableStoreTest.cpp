@@ -1,6 +1,6 @@
 // The store behind the portable registry: its files, its map, damaged files, bounds in UTF-16
-// units, what is stored byte for byte, and the processes on it: a forked child, and a process
-// that may not write.
+// units, what is stored byte for byte, and a forked child on it. (A process that may not write
+// it is DataProtection_test's.)
 #include <gtest/gtest.h>
 #include <lmdb.h>
 #include <stdlib.h>
@@ -8,8 +8,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <atomic>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -17,12 +15,10 @@
 #include <random>
 #include <set>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "support/ChildProcess.h"
 #include "support/ChildScenario.h"
-#include "support/ProcessRights.h"
 #include "support/TestRegistry.h"
 #include "zetsettings/components/tests/ProcessSignals.h"
 #include "zetsettings/platform/RegistryBatch.h"
@@ -307,74 +303,6 @@ TEST_F(PortableStore, TextIsStoredAsLittleEndianUtf16)
     });
     EXPECT_EQ(std::string("A\0\xE9\0\x3D\xD8\x00\xDE\0\0", 10), stored);
     EXPECT_EQ(u"T\u00ebxt", name);
-}
-
-const DWORD kBlobWords = 1024;
-
-// Every word of the blob is the same: the writer's round.
-LONG writeBlob(HKEY key, DWORD round)
-{
-    const std::vector<DWORD> words(kBlobWords, round);
-    return RegSetValueExW(key, L"Blob", 0, REG_BINARY, reinterpret_cast<const BYTE*>(words.data()),
-                          static_cast<DWORD>(words.size() * sizeof(DWORD)));
-}
-
-bool blobIsWhole(HKEY key)
-{
-    std::vector<DWORD> words(kBlobWords);
-    DWORD size = static_cast<DWORD>(words.size() * sizeof(DWORD));
-    if (RegQueryValueExW(key, L"Blob", nullptr, nullptr, reinterpret_cast<BYTE*>(words.data()), &size) !=
-            ERROR_SUCCESS ||
-        size != kBlobWords * sizeof(DWORD))
-        return false;
-    for (DWORD word : words) {
-        if (word != words[0])
-            return false;
-    }
-    return true;
-}
-
-// args: how many reads of the blob to check. Exits with the number of the first broken promise.
-// (Its writes are refused: NetworkSettingsTest, RecordStoreProcessesTest and BaseFamilyTest.)
-ZET_CHILD_SCENARIO(portable_unprivileged_reader)
-{
-    if (!zettest::becomeUnprivileged())
-        return 100;
-    ScopedKey key;
-    if (zettest::openKey(HKEY_LOCAL_MACHINE, kKeyPath, key, KEY_READ) != ERROR_SUCCESS)
-        return 4;
-    DWORD value = 0;
-    if (zettest::getDword(key.get(), L"Readable", value) != ERROR_SUCCESS || value != 42)
-        return 5;
-    for (int i = std::stoi(args.at(0)); i > 0; --i) {
-        if (!blobIsWhole(key.get()))
-            return 6;
-    }
-    return 0;
-}
-
-TEST_F(PortableStore, AProcessThatMayNotWriteTheStoreReadsButIsRefusedWrites)
-{
-    ScopedKey key;
-    ASSERT_EQ(ERROR_SUCCESS, zettest::createKey(HKEY_LOCAL_MACHINE, kKeyPath, key));
-    ASSERT_EQ(ERROR_SUCCESS, zettest::setDword(key.get(), L"Readable", 42));
-    ASSERT_EQ(ERROR_SUCCESS, writeBlob(key.get(), 0));
-    if (!zettest::canDropPrivileges())
-        GTEST_SKIP() << "only root can start a process of another user";
-
-    std::atomic<bool> stop(false);
-    std::atomic<DWORD> rounds(0);
-    std::thread writer([&] {
-        for (DWORD round = 1; !stop; ++round) {
-            if (writeBlob(key.get(), round) == ERROR_SUCCESS)
-                rounds = round;
-        }
-    });
-    const int result = zettest::runChild("portable_unprivileged_reader", {"3000"});
-    stop = true;
-    writer.join();
-    EXPECT_EQ(0, result);
-    EXPECT_GT(rounds.load(), 0u) << "nothing was written while the other process read";
 }
 
 // Runs `body` in a forked copy of this process (no exec) and returns its exit code.
