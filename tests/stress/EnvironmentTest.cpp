@@ -9,12 +9,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <boost/make_shared.hpp>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
-#include <map>
 
 #include "FaultItems.h"
 #include "Forms.h"
@@ -91,27 +89,6 @@ bool reserve(const fs::path& path, std::size_t bytes)
     return written;
 }
 
-boost::shared_ptr<std::map<std::wstring, ZETFallbackKeySettings>> largeKeySet()
-{
-    ZETFallbackKeySettings entry;
-    entry.keyText1 = L"large";
-    entry.keyBytes = std::string(256 * 1024, 'k');
-    auto keys = boost::make_shared<std::map<std::wstring, ZETFallbackKeySettings>>();
-    keys->emplace(L"Large", entry);
-    return keys;
-}
-
-// The Windows error with which setFallbackKeySettings refused, or ERROR_SUCCESS.
-DWORD setKeysRefusal(const boost::shared_ptr<std::map<std::wstring, ZETFallbackKeySettings>>& keys)
-{
-    try {
-        ZETSettings::setFallbackKeySettings(keys);
-        return ERROR_SUCCESS;
-    } catch (const JetByteTools::CRegistryKey::Exception& refusal) {
-        return refusal.GetError();
-    }
-}
-
 bool largeKeysStored()
 {
     const auto keys = ZETSettings::getFallbackKeySettings();
@@ -151,7 +128,7 @@ int fullDiskOn(const fs::path& folder)
     const int filled = fillUntilRefused(key, refusal);
     std::cout << "full-disk: " << filled << " values of 64 KiB fit, the next was refused with " << refusal << "\n";
     verdict.expect(isDiskError(refusal), "a write to a full disk is refused with a disk's error");
-    const DWORD keysRefusal = setKeysRefusal(largeKeySet());
+    const DWORD keysRefusal = setFallbackKey(L"Large", L"large", 256 * 1024);
     std::cout << "full-disk: setFallbackKeySettings refused with " << keysRefusal << "\n";
     verdict.expect(isDiskError(keysRefusal), "setFallbackKeySettings throws a disk's error");
     auto large = profileForm(L"large#0.0");
@@ -165,7 +142,7 @@ int fullDiskOn(const fs::path& folder)
 
     fs::remove(folder / "reserve");
     verdict.expect(setFill(key, filled) == ERROR_SUCCESS && fillIntact(filled), "with room again, a value is stored");
-    verdict.expect(setKeysRefusal(largeKeySet()) == ERROR_SUCCESS && largeKeysStored(),
+    verdict.expect(setFallbackKey(L"Large", L"large", 256 * 1024) == ERROR_SUCCESS && largeKeysStored(),
                    "with room again, setFallbackKeySettings stores");
     verdict.expect(writeAll(1), "with room again, every item is stored:" + statesOfItems());
     RegCloseKey(key);

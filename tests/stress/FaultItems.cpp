@@ -243,19 +243,8 @@ const std::vector<Item>& items()
          readLogin},
         {"keys",
          [](int g) {
-             ZETFallbackKeySettings entry;
-             entry.keyText1 = fallbackKeyText(g);
-             entry.keyText2 = L"second";
-             auto keys = boost::make_shared<std::map<std::wstring, ZETFallbackKeySettings>>();
-             keys->emplace(L"FaultKey", entry);
-             // Only a refusal of the registry is thrown: a set that could not be encrypted is
-             // dropped in silence.
-             try {
-                 ZETSettings::setFallbackKeySettings(keys);
-                 return Reported::Silent;
-             } catch (const JetByteTools::CRegistryKey::Exception&) {
-                 return Reported::Failure;
-             }
+             return setFallbackKey(L"FaultKey", fallbackKeyText(g), 0) == ERROR_SUCCESS ? Reported::Silent
+                                                                                       : Reported::Failure;
          },
          readKeys},
         recordItem("fallback", kFallback),
@@ -273,18 +262,25 @@ const std::vector<Item>& items()
 
 std::string nameOfState(int state)
 {
-    switch (state) {
-    case kAbsent:
-        return "absent";
-    case kTorn:
-        return "torn";
-    case kWithoutSecret:
-        return "without-secret";
-    default:
-        return std::to_string(state);
-    }
+    const char* const names[] = {"without-secret", "torn", "absent"};
+    return state < 0 ? names[state - kWithoutSecret] : std::to_string(state);
 }
 
+unsigned long setFallbackKey(const std::wstring& name, const std::wstring& text, std::size_t bytes)
+{
+    ZETFallbackKeySettings entry;
+    entry.keyText1 = text;
+    entry.keyText2 = L"second";
+    entry.keyBytes = std::string(bytes, 'k');
+    auto keys = boost::make_shared<std::map<std::wstring, ZETFallbackKeySettings>>();
+    keys->emplace(name, entry);
+    try {
+        ZETSettings::setFallbackKeySettings(keys);
+        return ERROR_SUCCESS;
+    } catch (const JetByteTools::CRegistryKey::Exception& refusal) {
+        return refusal.GetError();
+    }
+}
 
 bool createEapKey()
 {
