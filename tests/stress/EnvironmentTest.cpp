@@ -77,16 +77,13 @@ bool fillIntact(int index)
 }
 
 // A file that holds `bytes` of the disk in reserve, so that deleting it frees room again.
-bool reserve(const fs::path& path, std::size_t bytes)
+bool reserve(const fs::path& path, off_t bytes)
 {
     const int fd = open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
-    const std::string chunk(64 * 1024, 'r');
-    bool written = fd >= 0;
-    for (std::size_t done = 0; written && done < bytes; done += chunk.size())
-        written = write(fd, chunk.data(), chunk.size()) == static_cast<ssize_t>(chunk.size());
+    const bool made = fd >= 0 && posix_fallocate(fd, 0, bytes) == 0;
     if (fd >= 0)
         close(fd);
-    return written;
+    return made;
 }
 
 bool largeKeysStored()

@@ -78,14 +78,6 @@ bool isClearError(long code)
     return clear.count(code) != 0;
 }
 
-std::string joined(const std::set<std::string>& words)
-{
-    std::string text = "-";
-    for (const std::string& word : words)
-        text += "," + word;
-    return text;
-}
-
 // Runs N = 1, 2, ... until a writer runs through without a failed call; each run starts from a
 // copy of `start` (an empty folder makes the writer create the store and the machine key, and
 // the check accept absent items instead of generation 0). Returns the runs with a failed call.
@@ -111,8 +103,8 @@ long runsUntilThrough(const fs::path& start, const fs::path& run, int code, bool
             return n - 1;
         const std::string where = "fault " + label + " N=" + std::to_string(n) + " (" + faulted + "): ";
         fault.expect(writer.succeeded(), where + "the writer " + describe(writer));
-        const Ending check = runSelf({"fault-check", "--before", fs::is_empty(start) ? "absent" : "0", "--ok",
-                                      joined(wordsAfter(written, "ok")), "--where", where},
+        const Ending check = runSelf({"fault-check", "--before", fs::is_empty(start) ? "absent" : "0", "--written",
+                                      written, "--where", where},
                                      kTimeoutMs, checked);
         fault.expect(check.succeeded(), where + "the check " + describe(check));
         for (const std::string& code : wordsAfter(written, "code"))
@@ -164,12 +156,13 @@ int faultWriter(const Options& options)
 int faultCheck(const Options& options)
 {
     Violations fault(options.text("where", ""));
-    const std::string before = options.text("before", "0"), ok = options.text("ok", "-") + ",";
+    const std::string before = options.text("before", "0");
+    const std::set<std::string> ok = wordsAfter(options.text("written", ""), "ok");
     for (const Item& item : items()) {
         const std::string state = nameOfState(item.read());
         if (state != before && state != "1" && state != "without-secret")
             fault(std::string(item.name) + " is " + state);
-        else if (ok.find("," + std::string(item.name) + ",") != std::string::npos && state != "1")
+        else if (ok.count(item.name) && state != "1")
             fault(std::string(item.name) + " was written but reads as " + state);
     }
     reportExposure(fs::path(getenv("ZET_REGISTRY_DIR")).parent_path(), fault);
