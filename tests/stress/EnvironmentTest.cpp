@@ -98,18 +98,6 @@ bool isDiskError(LONG code)
     return code == ERROR_DISK_FULL || code == ERROR_REGISTRY_IO_FAILED;
 }
 
-// Fills the disk with values of the store until a write is refused; returns how many fit.
-int fillUntilRefused(HKEY key, LONG& refusal)
-{
-    int index = 0;
-    for (refusal = ERROR_SUCCESS; index < 1000; ++index) {
-        refusal = setFill(key, index);
-        if (refusal != ERROR_SUCCESS)
-            break;
-    }
-    return index;
-}
-
 int fullDiskOn(const fs::path& folder)
 {
     Violations verdict("full-disk: ");
@@ -121,8 +109,11 @@ int fullDiskOn(const fs::path& folder)
     verdict.expect(RegCreateKeyExW(HKEY_LOCAL_MACHINE, kFillKey, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key,
                                    nullptr) == ERROR_SUCCESS,
                    "the key of the filling values is made");
+    // Values of the store until the disk is full and one is refused.
+    int filled = 0;
     LONG refusal = ERROR_SUCCESS;
-    const int filled = fillUntilRefused(key, refusal);
+    while (filled < 1000 && (refusal = setFill(key, filled)) == ERROR_SUCCESS)
+        ++filled;
     std::cout << "full-disk: " << filled << " values of 64 KiB fit, the next was refused with " << refusal << "\n";
     verdict.expect(isDiskError(refusal), "a write to a full disk is refused with a disk's error");
     const DWORD keysRefusal = setFallbackKey(L"Large", L"large", 256 * 1024);
