@@ -34,24 +34,17 @@ const int kTimeoutMs = 20000;
 // Far above the calls of one writer's run: reaching it means the writer never runs through.
 const long kMaxN = 5000;
 
-int errnoByName(const std::string& name)
+// "EIO,EACCES": the errnos by name.
+std::map<std::string, int> errnosOf(const std::string& list)
 {
     static const std::map<std::string, int> known = {
         {"ENOSPC", ENOSPC}, {"EIO", EIO}, {"EACCES", EACCES}, {"EDQUOT", EDQUOT}, {"EROFS", EROFS}};
-    const auto found = known.find(name);
-    if (found == known.end())
-        throw std::invalid_argument("unknown errno " + name);
-    return found->second;
-}
-
-std::vector<std::string> splitList(const std::string& text)
-{
-    std::vector<std::string> words;
-    std::stringstream in(text);
-    for (std::string word; std::getline(in, word, ',');)
-        if (!word.empty())
-            words.push_back(word);
-    return words;
+    std::map<std::string, int> errnos;
+    std::stringstream in(list);
+    for (std::string name; std::getline(in, name, ',');)
+        if (!name.empty())
+            errnos[name] = known.at(name);
+    return errnos;
 }
 
 std::string shimPath()
@@ -184,10 +177,10 @@ int faultDriver(const Options& options)
     long runs = 0;
     for (const char* from : {"seeded", "empty"}) {
         for (const char* mode : {"once", "always"}) {
-            for (const std::string& name : splitList(options.text("errnos", "ENOSPC,EIO,EACCES"))) {
-                const std::string label = name + " " + mode + " from " + from;
+            for (const auto& code : errnosOf(options.text("errnos", "ENOSPC,EIO,EACCES"))) {
+                const std::string label = code.first + " " + mode + " from " + from;
                 const long faulty = runsUntilThrough(from == std::string("empty") ? empty : seeded, run,
-                                                     errnoByName(name), mode == std::string("always"), label, fault);
+                                                     code.second, mode == std::string("always"), label, fault);
                 std::cout << label << ": " << faulty << " runs with a failed call" << std::endl;
                 // The writer always makes some of the calls counted: none failing means no shim.
                 fault.expect(faulty != 0, "fault " + label + ": no call failed; is the shim loaded?");
