@@ -3,7 +3,6 @@
 // as it last wrote them, nothing torn, the walk's list intact); at the end a fresh process
 // checks the union: every place of the walk handed out exactly once per lap, in order, and
 // every entry that somebody wrote and nobody removed still there with its last state.
-#include <array>
 #include <chrono>
 #include <cwchar>
 #include <fstream>
@@ -14,8 +13,8 @@
 #include <sstream>
 #include <thread>
 
-#include "Forms.h"
 #include "Processes.h"
+#include "Records.h"
 #include "StressRoles.h"
 
 namespace zetstress {
@@ -28,83 +27,6 @@ std::wstring walkName(unsigned index)
     return L"walk-e" + std::to_wstring(index);
 }
 
-std::wstring numbered(const wchar_t* prefix, long process, long thread, unsigned k)
-{
-    return prefix + std::to_wstring(process) + L"-t" + std::to_wstring(thread) + L"-n" + std::to_wstring(k);
-}
-
-// "<owner>/<network>": the owner is the process's, shared by its threads, and its case is the
-// store's to change; the network's is kept, so it is lower case already for the tag's sake.
-std::pair<std::wstring, std::wstring> fallbackPlace(const std::wstring& name)
-{
-    return {name.substr(0, name.find(L'/')), name.substr(name.find(L'/') + 1)};
-}
-
-// What the threads write and read back by name: each kind's read says whether the record is
-// there, and gives the state it holds, empty when that is not whole.
-struct Kind {
-    const char* what;
-    unsigned perThread;
-    std::wstring (*name)(long process, long thread, unsigned k);
-    void (*write)(const std::wstring& name, const std::wstring& state);
-    bool (*read)(const std::wstring& name, std::wstring& state);
-    bool onOff;     // states are "0" and "1", not tags
-    bool lastWins;  // reads back as written last; else only whole
-};
-
-const Kind kKinds[] = {
-    // Read below the library, where a lost state shows, and through it, which must agree.
-    {"alert ", 32, [](long p, long t, unsigned k) { return std::to_wstring(100000 + p * 1000 + t * 100 + k); },
-     [](const std::wstring& name, const std::wstring& state) {
-         ZETSettings::updateAlertNotificationState(std::stoi(name), state == L"1");
-     },
-     [](const std::wstring& name, std::wstring& state) {
-         ZETAlertSettings stored;
-         const std::string read = readStored(kAlertValue, stored);
-         const auto found = stored.states.find(TSerVar<unsigned int>(std::stoi(name)));
-         if (read == "absent" || (read.empty() && found == stored.states.end()))
-             return false;
-         const bool agrees =
-             read.empty() && found->second.value == unsigned(ZETSettings::isAlertNotificationEnabled(std::stoi(name)));
-         state = agrees ? std::to_wstring(found->second.value) : L"";
-         return true;
-     },
-     true, true},
-    {"user ", 8, [](long p, long t, unsigned k) { return numbered(L"u-p", p, t, k); },
-     [](const std::wstring& name, const std::wstring& tag) { ZETSettings::setUserSettings(name, userForm(tag)); },
-     [](const std::wstring& name, std::wstring& tag) {
-         const boost::shared_ptr<ZETUserSettings> record = ZETSettings::getUserSettings(name);
-         tag = record && isUserForm(*record) ? record->userText : L"";
-         return bool(record);
-     },
-     false, true},
-    {"profile ", 4, [](long p, long t, unsigned k) { return numbered(L"cont-p", p, t, k); },
-     [](const std::wstring& name, const std::wstring& tag) { ZETSettings::setNetworkSettings(name, profileForm(tag)); },
-     [](const std::wstring& name, std::wstring& tag) {
-         const boost::shared_ptr<ZETNetworkSettings> record = ZETSettings::getNetworkSettings(name);
-         tag = record && isProfileForm(*record) ? record->profileText : L"";
-         return bool(record);
-     },
-     false, true},
-    // Writers of the fallback database in other processes may put back an older form of a
-    // record (their rewrite of the whole database is ordered only within a process), so the
-    // check is that it is there and whole.
-    {"fallback record ", 2,
-     [](long p, long t, unsigned k) {
-         return L"Cont-Owner-P" + std::to_wstring(p) + L"/t" + std::to_wstring(t) + L"n" + std::to_wstring(k);
-     },
-     [](const std::wstring& name, const std::wstring& tag) {
-         ZETSettings::setFallbackSettings(fallbackForm(fallbackPlace(name).first, fallbackPlace(name).second, tag));
-     },
-     [](const std::wstring& name, std::wstring& tag) {
-         const auto record = ZETSettings::getFallbackSettings(fallbackPlace(name).first, fallbackPlace(name).second);
-         if (!record || !isFallbackForm(*record, tag))
-             tag.clear();
-         return bool(record);
-     },
-     false, false},
-};
-const std::size_t kAlerts = 0, kUsers = 1, kProfiles = 2, kFallback = 3, kKindCount = 4;
 // Only the first process writes users' settings; the others read them.
 const long kUserWriters = 1;
 
@@ -129,7 +51,7 @@ Setup setupOf(const Options& options)
 // per kind every name with its last state.
 struct Written {
     std::vector<unsigned long> places;
-    std::array<std::map<std::wstring, std::wstring>, kKindCount> states;
+    States states;
     unsigned long operations = 0;
 };
 
@@ -137,7 +59,7 @@ struct Written {
 class ContentionThread {
 public:
     ContentionThread(const Setup& setup, long process, long thread, unsigned seed)
-        : m_setup(setup), m_process(process), m_thread(thread), m_random(seed),
+        : m_setup(setup), m_process(process), m_writer(process, thread, static_cast<unsigned long>(process), seed),
           fault("(process " + std::to_string(process) + ", thread " + std::to_string(thread) + ") ")
     {
         m_written.places.assign(setup.walkLength + 1, 0);
@@ -167,16 +89,14 @@ public:
     {
         for (unsigned place = 1; place < m_written.places.size(); ++place)
             log << "W " << place << " " << m_written.places[place] << "\n";
-        for (std::size_t kind = 0; kind < kKindCount; ++kind)
-            for (const auto& record : m_written.states[kind])
-                log << kind << " " << narrow(record.first) << " " << narrow(record.second) << "\n";
+        printStates(m_writer.written, log);
         log << "O " << m_written.operations << "\n";
     }
 
     int faults() const { return fault.count(); }
 
 private:
-    unsigned draw(unsigned below) { return std::uniform_int_distribution<unsigned>(0, below - 1)(m_random); }
+    unsigned draw(unsigned below) { return m_writer.draw(below); }
 
     // Nobody but this walk's steps touches the list, and nobody stops it, so every step hands
     // out an entry, and only a step past the end comes back to the first.
@@ -198,17 +118,15 @@ private:
     void ownOperation(std::size_t which)
     {
         const Kind& kind = kKinds[which];
-        const std::wstring name = kind.name(m_process, m_thread, draw(kind.perThread));
-        auto& written = m_written.states[which];
-        const auto last = written.find(name);
-        if (draw(2) == 0 && last != written.end()) {
+        const std::wstring name = m_writer.ownName(which);
+        const auto last = m_writer.written[which].find(name);
+        if (draw(2) == 0 && last != m_writer.written[which].end()) {
             std::wstring found;
             if (!kind.read(name, found) || found.empty() || (kind.lastWins && found != last->second))
                 fault(kind.what + narrow(name) + " does not read back as written last: '" + narrow(found) + "'");
             return;
         }
-        written[name] = kind.onOff ? std::to_wstring(draw(2)) : makeTag(lowerCase(name), m_process, ++m_sequence);
-        kind.write(name, written[name]);
+        m_writer.write(which, name);
     }
 
     // A record that someone else may have written: absent, or whole with a tag of its own name.
@@ -217,9 +135,8 @@ private:
         const Kind& kind = kKinds[which];
         const std::wstring name = kind.name(draw(static_cast<unsigned>(writers)),
                                             draw(static_cast<unsigned>(m_setup.threads)), draw(kind.perThread));
-        std::wstring found, tagName;
-        TagOrder order;
-        if (kind.read(name, found) && (!parseTag(found, tagName, order) || tagName != name))
+        std::wstring found;
+        if (kind.read(name, found) && found.empty())
             fault(kind.what + narrow(name) + " holds a form never written");
     }
 
@@ -237,19 +154,12 @@ private:
 
     Setup m_setup;
     long m_process;
-    long m_thread;
-    std::mt19937 m_random;
-    unsigned long m_sequence = 0;
+    RecordWriter m_writer;
     Violations fault;
     Written m_written;
 };
 
 // ---- the final check -----------------------------------------------------------------------
-
-std::wstring widen(const std::string& text)
-{
-    return std::wstring(text.begin(), text.end());
-}
 
 void readLog(const std::string& path, Written& written)
 {
@@ -263,8 +173,8 @@ void readLog(const std::string& path, Written& written)
             written.places[std::stoul(a)] += std::stoul(b);
         else if (kind == "O")
             written.operations += std::stoul(a);
-        else if (std::stoul(kind) < kKindCount)
-            written.states[std::stoul(kind)][widen(a)] = widen(b);
+        else
+            parseState(line, written.states);
     }
 }
 
@@ -327,13 +237,7 @@ int contentionCheck(const Options& options)
         readLog(logPath(options.text("run", "."), process), written);
     Violations fault;
     const unsigned long steps = checkWalk(written.places, setup.walkLength, fault);
-    for (std::size_t which = 0; which < kKindCount; ++which)
-        for (const auto& record : written.states[which]) {
-            std::wstring found;
-            const Kind& kind = kKinds[which];
-            if (!kind.read(record.first, found) || found.empty() || (kind.lastWins && found != record.second))
-                fault(kind.what + narrow(record.first) + " was lost, torn or went back");
-        }
+    compareStates(written.states, readAll(setup.processes, setup.threads, fault), true, fault);
     std::cout << "steps " << steps << " operations " << written.operations << " alerts "
               << written.states[kAlerts].size() << " users " << written.states[kUsers].size() << " profiles "
               << written.states[kProfiles].size() << " fallback " << written.states[kFallback].size() << "\n";

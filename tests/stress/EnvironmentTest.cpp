@@ -9,12 +9,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <boost/make_shared.hpp>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
-#include <map>
 
 #include "FaultItems.h"
 #include "Forms.h"
@@ -79,37 +77,13 @@ bool fillIntact(int index)
 }
 
 // A file that holds `bytes` of the disk in reserve, so that deleting it frees room again.
-bool reserve(const fs::path& path, std::size_t bytes)
+bool reserve(const fs::path& path, off_t bytes)
 {
     const int fd = open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
-    const std::string chunk(64 * 1024, 'r');
-    bool written = fd >= 0;
-    for (std::size_t done = 0; written && done < bytes; done += chunk.size())
-        written = write(fd, chunk.data(), chunk.size()) == static_cast<ssize_t>(chunk.size());
+    const bool made = fd >= 0 && posix_fallocate(fd, 0, bytes) == 0;
     if (fd >= 0)
         close(fd);
-    return written;
-}
-
-boost::shared_ptr<std::map<std::wstring, ZETFallbackKeySettings>> largeKeySet()
-{
-    ZETFallbackKeySettings entry;
-    entry.keyText1 = L"large";
-    entry.keyBytes = std::string(256 * 1024, 'k');
-    auto keys = boost::make_shared<std::map<std::wstring, ZETFallbackKeySettings>>();
-    keys->emplace(L"Large", entry);
-    return keys;
-}
-
-// The Windows error with which setFallbackKeySettings refused, or ERROR_SUCCESS.
-DWORD setKeysRefusal(const boost::shared_ptr<std::map<std::wstring, ZETFallbackKeySettings>>& keys)
-{
-    try {
-        ZETSettings::setFallbackKeySettings(keys);
-        return ERROR_SUCCESS;
-    } catch (const JetByteTools::CRegistryKey::Exception& refusal) {
-        return refusal.GetError();
-    }
+    return made;
 }
 
 bool largeKeysStored()
@@ -124,18 +98,6 @@ bool isDiskError(LONG code)
     return code == ERROR_DISK_FULL || code == ERROR_REGISTRY_IO_FAILED;
 }
 
-// Fills the disk with values of the store until a write is refused; returns how many fit.
-int fillUntilRefused(HKEY key, LONG& refusal)
-{
-    int index = 0;
-    for (refusal = ERROR_SUCCESS; index < 1000; ++index) {
-        refusal = setFill(key, index);
-        if (refusal != ERROR_SUCCESS)
-            break;
-    }
-    return index;
-}
-
 int fullDiskOn(const fs::path& folder)
 {
     Violations verdict("full-disk: ");
@@ -147,11 +109,14 @@ int fullDiskOn(const fs::path& folder)
     verdict.expect(RegCreateKeyExW(HKEY_LOCAL_MACHINE, kFillKey, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key,
                                    nullptr) == ERROR_SUCCESS,
                    "the key of the filling values is made");
+    // Values of the store until the disk is full and one is refused.
+    int filled = 0;
     LONG refusal = ERROR_SUCCESS;
-    const int filled = fillUntilRefused(key, refusal);
+    while (filled < 1000 && (refusal = setFill(key, filled)) == ERROR_SUCCESS)
+        ++filled;
     std::cout << "full-disk: " << filled << " values of 64 KiB fit, the next was refused with " << refusal << "\n";
     verdict.expect(isDiskError(refusal), "a write to a full disk is refused with a disk's error");
-    const DWORD keysRefusal = setKeysRefusal(largeKeySet());
+    const DWORD keysRefusal = setFallbackKey(L"Large", L"large", 256 * 1024);
     std::cout << "full-disk: setFallbackKeySettings refused with " << keysRefusal << "\n";
     verdict.expect(isDiskError(keysRefusal), "setFallbackKeySettings throws a disk's error");
     auto large = profileForm(L"large#0.0");
@@ -165,7 +130,7 @@ int fullDiskOn(const fs::path& folder)
 
     fs::remove(folder / "reserve");
     verdict.expect(setFill(key, filled) == ERROR_SUCCESS && fillIntact(filled), "with room again, a value is stored");
-    verdict.expect(setKeysRefusal(largeKeySet()) == ERROR_SUCCESS && largeKeysStored(),
+    verdict.expect(setFallbackKey(L"Large", L"large", 256 * 1024) == ERROR_SUCCESS && largeKeysStored(),
                    "with room again, setFallbackKeySettings stores");
     verdict.expect(writeAll(1), "with room again, every item is stored:" + statesOfItems());
     RegCloseKey(key);

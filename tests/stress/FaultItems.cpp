@@ -8,8 +8,8 @@
 #include <iterator>
 #include <map>
 
-#include "Forms.h"
 #include "Processes.h"
+#include "Records.h"
 
 namespace zetstress {
 namespace {
@@ -19,9 +19,6 @@ namespace fs = std::filesystem;
 const wchar_t kDirectKey[] = L"Software\\Orvane\\QXL\\FaultDirect";
 const wchar_t kEapKey[] = L"SYSTEM\\CurrentControlSet\\Services\\RasMan\\PPP\\EAP\\26";
 const wchar_t kNetwork[] = L"FaultNet";
-const wchar_t kUser[] = L"faultuser";
-const wchar_t kOwner[] = L"faultowner";
-const int kAlert = 7;
 
 std::wstring tagOf(const std::wstring& item, int generation)
 {
@@ -104,12 +101,6 @@ int readProfile()
     return checked(isProfileForm(*found), generation);
 }
 
-int readUser()
-{
-    const boost::shared_ptr<ZETUserSettings> found = ZETSettings::getUserSettings(kUser);
-    return found ? checked(isUserForm(*found), generationOf(found->userText, L"user")) : kAbsent;
-}
-
 int readLogin()
 {
     std::wstring user, password;
@@ -135,17 +126,6 @@ int readKeys()
     return kTorn;
 }
 
-int readFallback()
-{
-    const auto found = ZETSettings::getFallbackSettings(kOwner, kNetwork);
-    std::wstring tag;
-    if (!found)
-        return kAbsent;
-    // isFallbackForm finds the tag: read it before its generation.
-    const bool whole = isFallbackForm(*found, tag);
-    return checked(whole, generationOf(tag, std::wstring(kOwner) + L"/" + kNetwork));
-}
-
 int readChooser()
 {
     const auto list = ZETSettings::getChooserPreferredNets();
@@ -158,20 +138,6 @@ int readChooser()
             return checked(listFault(*list).empty() && list->entries.size() == 4, generation);
     }
     return kTorn;
-}
-
-// Generation 0 disables the alert, generation 1 enables it. Read below the library: an alert
-// that the library can't read counts as enabled there, which would pass for generation 1.
-int readAlert()
-{
-    ZETAlertSettings stored;
-    const std::string read = readStored(kAlertValue, stored);
-    if (!read.empty())
-        return read == "absent" ? kAbsent : kTorn;
-    const auto found = stored.states.find(TSerVar<unsigned int>(kAlert));
-    if (found == stored.states.end())
-        return kAbsent;
-    return found->second.value == 1 ? 1 : (found->second.value == 0 ? 0 : kTorn);
 }
 
 int readNumber()
@@ -209,7 +175,7 @@ std::vector<std::wstring> secrets()
 {
     std::vector<std::wstring> texts;
     for (int g : {0, 1})
-        texts.insert(texts.end(), {tagOf(L"user", g), tagOf(L"login", g), passwordOf(g), fallbackKeyText(g)});
+        texts.insert(texts.end(), {tagOf(lowerCase(kKinds[kUsers].name(0, 0, 0)), g), tagOf(L"login", g), passwordOf(g), fallbackKeyText(g)});
     return texts;
 }
 
@@ -226,6 +192,27 @@ std::vector<std::string> secretBytes()
             forms.push_back(bytes);
     }
     return forms;
+}
+
+// An item that is the first record of a kind of the crash and contention tests (Records.h):
+// a generation's tag or, for an alert, its state.
+Item recordItem(const char* item, std::size_t which)
+{
+    const Kind& kind = kKinds[which];
+    const std::wstring name = kind.name(0, 0, 0);
+    const auto write = [&kind, name](int g) {
+        kind.write(name, kind.onOff ? std::to_wstring(g) : tagOf(lowerCase(name), g));
+        return Reported::Silent;
+    };
+    const auto read = [&kind, name] {
+        std::wstring state;
+        if (!kind.read(name, state))
+            return kAbsent;
+        if (kind.onOff)
+            return state == L"0" || state == L"1" ? std::stoi(state) : kTorn;
+        return generationOf(state, lowerCase(name));
+    };
+    return {item, write, read};
 }
 
 // A write that reports nothing: whether it was made shows only in a read.
@@ -251,35 +238,20 @@ const std::vector<Item>& items()
          readDirect},
         {"profile", silent([](int g) { ZETSettings::setNetworkSettings(kNetwork, profileForm(tagOf(L"profile", g))); }),
          readProfile},
-        {"user", silent([](int g) { ZETSettings::setUserSettings(kUser, userForm(tagOf(L"user", g))); }), readUser},
+        recordItem("user", kUsers),
         {"login", silent([](int g) { ZETSettings::setLoginData(tagOf(L"login", g), passwordOf(g), true, true, false); }),
          readLogin},
         {"keys",
          [](int g) {
-             ZETFallbackKeySettings entry;
-             entry.keyText1 = fallbackKeyText(g);
-             entry.keyText2 = L"second";
-             auto keys = boost::make_shared<std::map<std::wstring, ZETFallbackKeySettings>>();
-             keys->emplace(L"FaultKey", entry);
-             // Only a refusal of the registry is thrown: a set that could not be encrypted is
-             // dropped in silence.
-             try {
-                 ZETSettings::setFallbackKeySettings(keys);
-                 return Reported::Silent;
-             } catch (const JetByteTools::CRegistryKey::Exception&) {
-                 return Reported::Failure;
-             }
+             return setFallbackKey(L"FaultKey", fallbackKeyText(g), 0) == ERROR_SUCCESS ? Reported::Silent
+                                                                                       : Reported::Failure;
          },
          readKeys},
-        {"fallback", silent([](int g) {
-             ZETSettings::setFallbackSettings(
-                 fallbackForm(kOwner, kNetwork, tagOf(std::wstring(kOwner) + L"/" + kNetwork, g)));
-         }),
-         readFallback},
+        recordItem("fallback", kFallback),
         {"chooser",
          silent([](int g) { ZETSettings::updateChooserPreferredNets(listForm(L"list" + std::to_wstring(g) + L"-", 4, 1)); }),
          readChooser},
-        {"alert", silent([](int g) { ZETSettings::updateAlertNotificationState(kAlert, g == 1); }), readAlert},
+        recordItem("alert", kAlerts),
         {"number", silent([](int g) { ZETSettings::intSetNetlibValue(L"FaultNumber", 1000 + g); }), readNumber},
         {"text", silent([](int g) { ZETSettings::strSetGuiHelperValue(L"FaultText", tagOf(L"text", g)); }), readText},
         {"eap", [](int g) { return byCode(ZETSettings::strSetRasmanEapSettings(L"FaultEap", tagOf(L"eap", g))); },
@@ -290,18 +262,25 @@ const std::vector<Item>& items()
 
 std::string nameOfState(int state)
 {
-    switch (state) {
-    case kAbsent:
-        return "absent";
-    case kTorn:
-        return "torn";
-    case kWithoutSecret:
-        return "without-secret";
-    default:
-        return std::to_string(state);
-    }
+    const char* const names[] = {"without-secret", "torn", "absent"};
+    return state < 0 ? names[state - kWithoutSecret] : std::to_string(state);
 }
 
+unsigned long setFallbackKey(const std::wstring& name, const std::wstring& text, std::size_t bytes)
+{
+    ZETFallbackKeySettings entry;
+    entry.keyText1 = text;
+    entry.keyText2 = L"second";
+    entry.keyBytes = std::string(bytes, 'k');
+    auto keys = boost::make_shared<std::map<std::wstring, ZETFallbackKeySettings>>();
+    keys->emplace(name, entry);
+    try {
+        ZETSettings::setFallbackKeySettings(keys);
+        return ERROR_SUCCESS;
+    } catch (const JetByteTools::CRegistryKey::Exception& refusal) {
+        return refusal.GetError();
+    }
+}
 
 bool createEapKey()
 {

@@ -29,6 +29,11 @@ struct Item {
 const std::vector<Item>& items();
 std::string nameOfState(int state);
 
+// Sets the fallback keys to one entry of `bytes` bytes: the Windows error with which the registry
+// refused, else ERROR_SUCCESS. Only a refusal of the registry is thrown: a set that could not be
+// encrypted is dropped in silence.
+unsigned long setFallbackKey(const std::wstring& name, const std::wstring& text, std::size_t bytes);
+
 // The library never creates the system's EAP key: a store must have it before its item is
 // written.
 bool createEapKey();

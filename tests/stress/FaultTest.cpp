@@ -34,24 +34,17 @@ const int kTimeoutMs = 20000;
 // Far above the calls of one writer's run: reaching it means the writer never runs through.
 const long kMaxN = 5000;
 
-int errnoByName(const std::string& name)
+// "EIO,EACCES": the errnos by name.
+std::map<std::string, int> errnosOf(const std::string& list)
 {
     static const std::map<std::string, int> known = {
         {"ENOSPC", ENOSPC}, {"EIO", EIO}, {"EACCES", EACCES}, {"EDQUOT", EDQUOT}, {"EROFS", EROFS}};
-    const auto found = known.find(name);
-    if (found == known.end())
-        throw std::invalid_argument("unknown errno " + name);
-    return found->second;
-}
-
-std::vector<std::string> splitList(const std::string& text)
-{
-    std::vector<std::string> words;
-    std::stringstream in(text);
-    for (std::string word; std::getline(in, word, ',');)
-        if (!word.empty())
-            words.push_back(word);
-    return words;
+    std::map<std::string, int> errnos;
+    std::stringstream in(list);
+    for (std::string name; std::getline(in, name, ',');)
+        if (!name.empty())
+            errnos[name] = known.at(name);
+    return errnos;
 }
 
 std::string shimPath()
@@ -76,14 +69,6 @@ bool isClearError(long code)
                                          ERROR_REGISTRY_IO_FAILED, ERROR_BADDB,       ERROR_REGISTRY_CORRUPT,
                                          ERROR_CANTREAD,      ERROR_CANTWRITE,        ERROR_NOT_ENOUGH_MEMORY};
     return clear.count(code) != 0;
-}
-
-std::string joined(const std::set<std::string>& words)
-{
-    std::string text = "-";
-    for (const std::string& word : words)
-        text += "," + word;
-    return text;
 }
 
 // Runs N = 1, 2, ... until a writer runs through without a failed call; each run starts from a
@@ -111,8 +96,8 @@ long runsUntilThrough(const fs::path& start, const fs::path& run, int code, bool
             return n - 1;
         const std::string where = "fault " + label + " N=" + std::to_string(n) + " (" + faulted + "): ";
         fault.expect(writer.succeeded(), where + "the writer " + describe(writer));
-        const Ending check = runSelf({"fault-check", "--before", fs::is_empty(start) ? "absent" : "0", "--ok",
-                                      joined(wordsAfter(written, "ok")), "--where", where},
+        const Ending check = runSelf({"fault-check", "--before", fs::is_empty(start) ? "absent" : "0", "--written",
+                                      written, "--where", where},
                                      kTimeoutMs, checked);
         fault.expect(check.succeeded(), where + "the check " + describe(check));
         for (const std::string& code : wordsAfter(written, "code"))
@@ -164,12 +149,13 @@ int faultWriter(const Options& options)
 int faultCheck(const Options& options)
 {
     Violations fault(options.text("where", ""));
-    const std::string before = options.text("before", "0"), ok = options.text("ok", "-") + ",";
+    const std::string before = options.text("before", "0");
+    const std::set<std::string> ok = wordsAfter(options.text("written", ""), "ok");
     for (const Item& item : items()) {
         const std::string state = nameOfState(item.read());
         if (state != before && state != "1" && state != "without-secret")
             fault(std::string(item.name) + " is " + state);
-        else if (ok.find("," + std::string(item.name) + ",") != std::string::npos && state != "1")
+        else if (ok.count(item.name) && state != "1")
             fault(std::string(item.name) + " was written but reads as " + state);
     }
     reportExposure(fs::path(getenv("ZET_REGISTRY_DIR")).parent_path(), fault);
@@ -191,10 +177,10 @@ int faultDriver(const Options& options)
     long runs = 0;
     for (const char* from : {"seeded", "empty"}) {
         for (const char* mode : {"once", "always"}) {
-            for (const std::string& name : splitList(options.text("errnos", "ENOSPC,EIO,EACCES"))) {
-                const std::string label = name + " " + mode + " from " + from;
+            for (const auto& code : errnosOf(options.text("errnos", "ENOSPC,EIO,EACCES"))) {
+                const std::string label = code.first + " " + mode + " from " + from;
                 const long faulty = runsUntilThrough(from == std::string("empty") ? empty : seeded, run,
-                                                     errnoByName(name), mode == std::string("always"), label, fault);
+                                                     code.second, mode == std::string("always"), label, fault);
                 std::cout << label << ": " << faulty << " runs with a failed call" << std::endl;
                 // The writer always makes some of the calls counted: none failing means no shim.
                 fault.expect(faulty != 0, "fault " + label + ": no call failed; is the shim loaded?");

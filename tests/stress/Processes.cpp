@@ -3,7 +3,6 @@
 #include <fcntl.h>
 #include <signal.h>
 #include <stdlib.h>
-#include <sys/mman.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -144,33 +143,6 @@ Ending runSelf(const std::vector<std::string>& args, int milliseconds, std::stri
         output.append(chunk, static_cast<std::size_t>(got));
     close(fd);
     return ending;
-}
-
-SharedCounters::SharedCounters(const std::string& path, std::size_t count, bool create) : m_count(count)
-{
-    const int fd = open(path.c_str(), O_RDWR | O_CLOEXEC | (create ? O_CREAT | O_TRUNC : 0), 0600);
-    const std::size_t bytes = count * sizeof(uint64_t);
-    if (fd < 0 || (create && ftruncate(fd, static_cast<off_t>(bytes)) != 0))
-        throw std::runtime_error("counter file " + path + " can't be opened");
-    void* map = mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_SHARED, fd, 0);
-    close(fd);
-    if (map == MAP_FAILED)
-        throw std::runtime_error("counter file " + path + " can't be mapped");
-    static_assert(std::atomic<uint64_t>::is_always_lock_free, "counters shared between processes");
-    m_counters = static_cast<std::atomic<uint64_t>*>(map);
-}
-
-SharedCounters::~SharedCounters()
-{
-    munmap(m_counters, m_count * sizeof(uint64_t));
-}
-
-uint64_t SharedCounters::sum() const
-{
-    uint64_t total = 0;
-    for (std::size_t i = 0; i < m_count; ++i)
-        total += m_counters[i].load();
-    return total;
 }
 
 void pauseMilliseconds(int milliseconds)

@@ -6,8 +6,6 @@
 
 #include <sys/types.h>
 
-#include <atomic>
-#include <cstdint>
 #include <string>
 #include <utility>
 #include <vector>
@@ -74,22 +72,6 @@ Ending killUnlessEnded(pid_t pid);
 using Environment = std::vector<std::pair<std::string, std::string>>;
 Ending runSelf(const std::vector<std::string>& args, int milliseconds, std::string& output,
                const Environment& environment = {});
-
-// Counters in a file that the driver and its children map shared, so that the driver can
-// count the operations of children that it kills.
-class SharedCounters {
-public:
-    SharedCounters(const std::string& path, std::size_t count, bool create);
-    ~SharedCounters();
-    SharedCounters(const SharedCounters&) = delete;
-    SharedCounters& operator=(const SharedCounters&) = delete;
-    std::atomic<uint64_t>& operator[](std::size_t index) { return m_counters[index]; }
-    uint64_t sum() const;
-
-private:
-    std::atomic<uint64_t>* m_counters;
-    std::size_t m_count;
-};
 
 void pauseMilliseconds(int milliseconds);
 

@@ -152,15 +152,13 @@ public:
     WholeRead()
     {
         HKEY scratch = nullptr;
-        if (RegCreateKeyExW(HKEY_LOCAL_MACHINE, kScratchKey, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &scratch,
-                            nullptr) != ERROR_SUCCESS)
-            throw std::runtime_error("the scratch key can't be made");
         const DWORD any = 0;
-        const LONG status = RegSetValueExW(scratch, L"read", 0, REG_DWORD, reinterpret_cast<const BYTE*>(&any),
-                                           sizeof(any));
-        RegCloseKey(scratch);
-        if (status != ERROR_SUCCESS)
+        if (RegCreateKeyExW(HKEY_LOCAL_MACHINE, kScratchKey, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &scratch,
+                            nullptr) != ERROR_SUCCESS ||
+            RegSetValueExW(scratch, L"read", 0, REG_DWORD, reinterpret_cast<const BYTE*>(&any), sizeof(any)) !=
+                ERROR_SUCCESS)
             throw std::runtime_error("the scratch value can't be written");
+        RegCloseKey(scratch);
     }
     ~WholeRead() { m_batch.discard(); }
 
@@ -168,23 +166,19 @@ private:
     zet::RegistryBatch m_batch;
 };
 
-int checkFallback(long records)
+void checkFallback(long records, Violations& fault)
 {
-    WholeRead whole;
     long stray = 0, bare = 0;
     forEachValue(kDatabaseKey, KEY_READ,
                  [&](HKEY, const std::wstring&, const std::string& data) { ++(isBareForm(data) ? bare : stray); });
-    Violations fault;
     fault.expect(stray == 0 || bare == 0, std::to_string(stray) + " records with the stray byte and " +
                                               std::to_string(bare) + " without");
     fault.expect(stray + bare >= records, "only " + std::to_string(stray + bare) + " of " + std::to_string(records) +
                                               " records");
-    return fault.exitCode();
 }
 
-int checkImport(long values)
+void checkImport(long values, Violations& fault)
 {
-    WholeRead whole;
     std::set<uint32_t> generations;
     long found = 0;
     forEachValue(kImportKey, KEY_READ, [&](HKEY, const std::wstring&, const std::string& data) {
@@ -193,11 +187,9 @@ int checkImport(long values)
         generations.insert(generation);
         ++found;
     });
-    Violations fault;
     fault.expect(found == 0 || (found == values && generations.size() == 1),
                  std::to_string(found) + " of " + std::to_string(values) + " values, from " +
                      std::to_string(generations.size()) + " imports");
-    return fault.exitCode();
 }
 
 // ---- the driver -----------------------------------------------------------------------------
@@ -292,8 +284,10 @@ int wholeDriver(const Options& options)
 
 int wholeCheck(const Options& options)
 {
-    const long expected = options.number("expected", 0);
-    return options.text("what", "") == "import" ? checkImport(expected) : checkFallback(expected);
+    const WholeRead whole;
+    Violations fault;
+    (options.text("what", "") == "import" ? checkImport : checkFallback)(options.number("expected", 0), fault);
+    return fault.exitCode();
 }
 
 }  // namespace zetstress
