@@ -1,17 +1,10 @@
 // The chooser's list walked by several real processes at once, each started after the walk
 // was, and held up by a process that dies holding the named mutex. Children report through
 // ZetGuard values, which sm_mutex guards, so that no report waits on the mutex under test.
-#include <gtest/gtest.h>
-
-#include <chrono>
 #include <memory>
 #include <sstream>
-#include <thread>
 
 #include "zetsettings/chooser/tests/ChooserTestSupport.h"
-#include "support/ChildProcess.h"
-#include "support/ChildScenario.h"
-#include "support/TestRegistry.h"
 #include "support/ZETSettingsTestAccess.h"
 #include "zetsettings/components/tests/ProcessSignals.h"
 #include "zetsettings/components/ZETMutexGrabber.h"
