@@ -7,9 +7,7 @@
 
 namespace {
 
-using zetserialtest::Bytes;
-using zetserialtest::bytesOf;
-using zetserialtest::written;
+using namespace zetserialtest;
 
 // The three types behave alike on the wire; each case runs on all of them.
 template <typename T>

@@ -103,10 +103,9 @@ DWORD roundOf(HKEY key, DWORD index)
                                          reinterpret_cast<BYTE*>(words.data()), &size);
     if (status != ERROR_SUCCESS || size != kRoundValueWords * sizeof(DWORD))
         return 0;
-    for (DWORD i = 1; i < kRoundValueWords; ++i) {
+    for (DWORD i = 1; i < kRoundValueWords; ++i)
         if (words[i] != words[0])
             return 0;
-    }
     return words[0];
 }
 
@@ -126,13 +125,12 @@ TEST_F(RegistryProcesses, WritersInSeveralProcessesLoseNothingAndTheirValuesOutl
     ASSERT_EQ(ERROR_SUCCESS, openKey(HKEY_LOCAL_MACHINE, kSharedKey, key, KEY_READ));
     EXPECT_EQ(static_cast<size_t>(writers * each), valueNames(key.get()).size());
     EXPECT_EQ(static_cast<size_t>(writers), subkeyNames(key.get()).size());
-    for (int i = 0; i < writers; ++i) {
+    for (int i = 0; i < writers; ++i)
         for (int n = 0; n < each; ++n) {
             DWORD value = 0;
             EXPECT_EQ(ERROR_SUCCESS, getDword(key.get(), numberedValue("W" + std::to_string(i) + "-", n).c_str(), value));
             EXPECT_EQ(static_cast<DWORD>(n), value);
         }
-    }
 }
 
 // A process that keeps opening one path must follow the key the path names now, whatever another
