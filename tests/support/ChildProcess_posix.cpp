@@ -45,10 +45,8 @@ ChildProcess::ChildProcess(const std::string& scenario, const std::vector<std::s
 
 ChildProcess::~ChildProcess()
 {
-    if (!m_impl->reaped) {
-        killHard();
-        wait();
-    }
+    killHard();
+    wait();
 }
 
 int ChildProcess::wait()

@@ -8,14 +8,10 @@
 namespace zettest {
 namespace {
 
-std::wstring widen(const std::string& text)
+// A word of the command line, widened and quoted.
+std::wstring quoted(const std::string& word)
 {
-    return std::wstring(text.begin(), text.end());
-}
-
-std::wstring quoted(const std::wstring& word)
-{
-    return L"\"" + word + L"\"";
+    return L"\"" + std::wstring(word.begin(), word.end()) + L"\"";
 }
 
 }  // namespace
@@ -32,9 +28,9 @@ ChildProcess::ChildProcess(const std::string& scenario, const std::vector<std::s
 {
     wchar_t self[MAX_PATH];
     GetModuleFileNameW(nullptr, self, MAX_PATH);
-    std::wstring commandLine = quoted(self) + L" " + quoted(widen("--zet-child=" + scenario));
+    std::wstring commandLine = L"\"" + std::wstring(self) + L"\" " + quoted("--zet-child=" + scenario);
     for (const auto& arg : args)
-        commandLine += L" " + quoted(widen(arg));
+        commandLine += L" " + quoted(arg);
 
     STARTUPINFOW startup = {};
     startup.cb = sizeof(startup);
@@ -53,10 +49,8 @@ ChildProcess::ChildProcess(const std::string& scenario, const std::vector<std::s
 
 ChildProcess::~ChildProcess()
 {
-    if (!m_impl->reaped) {
-        killHard();
-        wait();
-    }
+    killHard();
+    wait();
 }
 
 int ChildProcess::wait()

@@ -11,11 +11,6 @@ namespace {
 
 const wchar_t kEnvironmentName[] = L"ZET_TEST_REGISTRY_KEY";
 
-std::wstring widen(const std::string& text)
-{
-    return std::wstring(text.begin(), text.end());
-}
-
 // Wine's data protection looks up its crypto providers under HKLM; the redirected machine root
 // needs its own copy of them, or every encryption fails with NTE_KEYSET_NOT_DEF.
 void copyCryptoProviders(HKEY machine)
@@ -57,8 +52,9 @@ TestRegistry::TestRegistry()
     static std::atomic<unsigned> counter(0);
     m_root = "Software\\zetsettings-tests\\" + std::to_string(GetCurrentProcessId()) + "-" +
              std::to_string(counter++);
-    redirect(widen(m_root), true);
-    SetEnvironmentVariableW(kEnvironmentName, widen(m_root).c_str());
+    const std::wstring root(m_root.begin(), m_root.end());
+    redirect(root, true);
+    SetEnvironmentVariableW(kEnvironmentName, root.c_str());
 }
 
 TestRegistry::~TestRegistry()
@@ -66,7 +62,7 @@ TestRegistry::~TestRegistry()
     RegOverridePredefKey(HKEY_LOCAL_MACHINE, nullptr);
     RegOverridePredefKey(HKEY_CURRENT_USER, nullptr);
     SetEnvironmentVariableW(kEnvironmentName, nullptr);
-    RegDeleteTreeW(HKEY_CURRENT_USER, widen(m_root).c_str());
+    RegDeleteTreeW(HKEY_CURRENT_USER, std::wstring(m_root.begin(), m_root.end()).c_str());
 }
 
 bool TestRegistry::isPortable()

@@ -1,12 +1,7 @@
 // The stored on/off state of each numbered alert.
-#include <gtest/gtest.h>
-
 #include <map>
 
 #include "zetsettings/chooser/tests/ChooserTestSupport.h"
-#include "support/ChildProcess.h"
-#include "support/ChildScenario.h"
-#include "support/TestRegistry.h"
 
 using namespace choosertest;
 

@@ -1,17 +1,10 @@
 // The chooser's list walked by several real processes at once, each started after the walk
 // was, and held up by a process that dies holding the named mutex. Children report through
 // ZetGuard values, which sm_mutex guards, so that no report waits on the mutex under test.
-#include <gtest/gtest.h>
-
-#include <chrono>
 #include <memory>
 #include <sstream>
-#include <thread>
 
 #include "zetsettings/chooser/tests/ChooserTestSupport.h"
-#include "support/ChildProcess.h"
-#include "support/ChildScenario.h"
-#include "support/TestRegistry.h"
 #include "support/ZETSettingsTestAccess.h"
 #include "zetsettings/components/tests/ProcessSignals.h"
 #include "zetsettings/components/ZETMutexGrabber.h"
@@ -26,18 +19,16 @@ const int kWalkers = 4;
 const int kStepsEach = 25;
 const int kPlaces = kWalkers * kStepsEach;
 
-// Whether the first count children have each set their value named what and their number.
-bool allHave(const wchar_t* what, int count)
-{
-    for (int i = 0; i < count; ++i)
-        if (ZETSettings::strGetZetGuardValue(what + std::to_wstring(i), L"", false).empty())
-            return false;
-    return true;
-}
-
+// Waits until the first count children have each set their value named what and their number.
 bool waitForAll(const wchar_t* what, int count, std::chrono::seconds limit = std::chrono::seconds(20))
 {
-    return zettest::eventually([&] { return allHave(what, count); }, limit);
+    const auto allHave = [&] {
+        for (int i = 0; i < count; ++i)
+            if (ZETSettings::strGetZetGuardValue(what + std::to_wstring(i), L"", false).empty())
+                return false;
+        return true;
+    };
+    return zettest::eventually(allHave, limit);
 }
 
 // args: the walker's number. Says it is ready, steps as fast as it can, then reports the

@@ -1,11 +1,5 @@
 // The chooser's flag, and the preferred list as it is loaded and stored whole.
-#include <gtest/gtest.h>
-
 #include "zetsettings/chooser/tests/ChooserTestSupport.h"
-#include "support/ChildProcess.h"
-#include "support/ChildScenario.h"
-#include "support/ProcessRights.h"
-#include "support/TestRegistry.h"
 
 using namespace choosertest;
 

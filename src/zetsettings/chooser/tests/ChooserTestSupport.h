@@ -3,15 +3,12 @@
 #ifndef ZETSETTINGS_CHOOSER_TESTS_CHOOSERTESTSUPPORT_H
 #define ZETSETTINGS_CHOOSER_TESTS_CHOOSERTESTSUPPORT_H
 
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
-
-#include "zetsettings/ZETSettings.h"
-#include "zetsettings/store/tests/RawRegistry.h"
+#include "zetsettings/serial/tests/SerialTestBytes.h"
+#include "zetsettings/store/tests/StoreTestSupport.h"
 
 namespace choosertest {
+
+using zetserialtest::entry;
 
 const std::wstring kSettings = L"Software\\Orvane\\QXL\\Settings";
 const std::wstring kListValue = L"ZET_NC_PREFERRED_NETWORKS";
@@ -20,19 +17,6 @@ const std::wstring kActiveValue = L"ZET_NC_ACTIVE";
 
 typedef std::vector<std::wstring> Names;
 typedef std::vector<ZETPreferredNetEntry> Entries;
-
-inline ZETPreferredNetEntry entry(const std::wstring& name, unsigned char matchKind = 0, unsigned char byte1 = 0,
-                                  unsigned char byte2 = 0, const std::string& mac = "", unsigned char flag = 0)
-{
-    ZETPreferredNetEntry made;
-    made.netName = name;
-    made.macAddress.assign(mac.data(), mac.size());
-    made.entryFlag = flag;
-    made.matchKind = matchKind;
-    made.matchByte1 = byte1;
-    made.matchByte2 = byte2;
-    return made;
-}
 
 inline Entries entriesNamed(const Names& names)
 {
@@ -76,9 +60,7 @@ inline std::string hex(const std::string& bytes)
 
 inline std::string serialHex(const ZETSerializeInterface& object)
 {
-    std::string bytes(static_cast<size_t>(object.getSerLength()), '\0');
-    object.serialize(reinterpret_cast<unsigned char*>(&bytes[0]));
-    return hex(bytes);
+    return hex(zetserialtest::plainForm(object));
 }
 
 // The value's data in hex as stored in Settings; "absent" when there is none.
@@ -93,9 +75,7 @@ inline std::string storedHex(const std::wstring& name, DWORD* type = 0)
 // Writes the value's data, given in hex, past the library.
 inline void plant(const std::wstring& name, const std::string& hexData, DWORD type = REG_BINARY)
 {
-    std::string bytes;
-    for (size_t i = 0; i + 1 < hexData.size(); i += 2)
-        bytes += static_cast<char>(std::stoi(hexData.substr(i, 2), nullptr, 16));
+    const zetserialtest::Bytes bytes = zetserialtest::hex(hexData);
     ASSERT_EQ(ERROR_SUCCESS, rawreg::write(kSettings, name, type, bytes.data(), static_cast<DWORD>(bytes.size())));
 }
 

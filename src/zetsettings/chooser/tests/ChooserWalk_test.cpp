@@ -1,11 +1,8 @@
 // The walk through the preferred list and the edits of the list: every transition from a
 // planted state, and the rule by which two entries are the same network.
-#include <gtest/gtest.h>
-
 #include <functional>
 
 #include "zetsettings/chooser/tests/ChooserTestSupport.h"
-#include "support/TestRegistry.h"
 
 using namespace choosertest;
 
@@ -40,21 +37,15 @@ Operation deleteNamed(const std::wstring& name)
     return [name] { return ZETSettings::deleteChooserPreferredNet(name), std::string(); };
 }
 
-Entries longList()
-{
-    Names names;
-    for (int i = 1; i <= 300; ++i)
-        names.push_back(L"n" + std::to_wstring(i));
-    return entriesNamed(names);
-}
-
 TEST_F(ChooserWalkTest, EachOperationMovesTheWalkAsItsStateTableSays)
 {
     const Entries pqr = entriesNamed({L"P", L"Q", L"R"});
     const Entries pqrs = entriesNamed({L"P", L"Q", L"R", L"S"});
     const Entries pq = entriesNamed({L"P", L"Q"});
-    const Entries many = longList();
-    const Names manyNames = namesOf(*listOf(many));
+    Names manyNames;
+    for (int i = 1; i <= 300; ++i)
+        manyNames.push_back(L"n" + std::to_wstring(i));
+    const Entries many = entriesNamed(manyNames);
     struct Row {
         const char* what;
         Entries before;

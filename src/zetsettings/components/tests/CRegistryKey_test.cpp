@@ -1,9 +1,6 @@
 // The registry key wrapper: errors as exceptions carrying the Windows code, typed reads,
 // paths, iteration and moves.
-#include <gtest/gtest.h>
-
 #include <cstdlib>
-#include <string>
 #include <functional>
 #include <set>
 
@@ -14,13 +11,12 @@ using JetByteTools::CRegistryKey;
 
 namespace {
 
-class CRegistryKeyTest : public zettest::RegistryTest {
-protected:
-    CRegistryKey createTestKey()
-    {
-        return CRegistryKey(HKEY_LOCAL_MACHINE).CreateOrOpenKeyEx(L"Software\\ZetTest", 0, L"", 0, KEY_ALL_ACCESS);
-    }
-};
+using CRegistryKeyTest = zettest::RegistryTest;
+
+CRegistryKey createTestKey()
+{
+    return CRegistryKey(HKEY_LOCAL_MACHINE).CreateOrOpenKeyEx(L"Software\\ZetTest", 0, L"", 0, KEY_ALL_ACCESS);
+}
 
 // A binary value as the wrapper reads it, its buffer freed.
 std::basic_string<BYTE> bytesOf(CRegistryKey& key, const wchar_t* name)

@@ -1,6 +1,6 @@
 // Plain files through which a test and its child processes tell each other where they are,
 // the same way natively and under Wine; and names no other test run shares (named objects are
-// machine-wide on Windows).
+// machine-wide on Windows). Brings the child processes along.
 #ifndef ZETSETTINGS_COMPONENTS_TESTS_PROCESSSIGNALS_H
 #define ZETSETTINGS_COMPONENTS_TESTS_PROCESSSIGNALS_H
 
@@ -13,6 +13,9 @@
 #include <random>
 #include <string>
 #include <thread>
+
+#include "support/ChildProcess.h"
+#include "support/ChildScenario.h"
 
 namespace zettest {
 
@@ -77,10 +80,9 @@ public:
     std::string file(const std::string& name) const { return (m_path / name).string(); }
 
     void raise(const std::string& name) const { std::ofstream(file(name)) << "1"; }
-    bool isRaised(const std::string& name) const { return std::filesystem::exists(m_path / name); }
     bool awaitRaised(const std::string& name) const
     {
-        return eventually([&] { return isRaised(name); });
+        return eventually([&] { return std::filesystem::exists(m_path / name); });
     }
 
     void write(const std::string& name, const std::string& bytes) const

@@ -1,24 +1,13 @@
 // The counted byte forms that ZETBuf, ser_string and ZETMacAddress share (their exact bytes are
 // in the records' worked examples), and the buffer's own round trips through serializeToBuf
 // and deserializeFromBuf.
-#include <gtest/gtest.h>
-
-#include <string>
-
-#include "zetsettings/components/ZETBuf.h"
 #include "zetsettings/components/ZETMacAddress.h"
 #include "zetsettings/components/ser_string.h"
 #include "zetsettings/serial/tests/SerialTestBytes.h"
 
 namespace {
 
-using zetserialtest::Bytes;
-using zetserialtest::written;
-
-Bytes bytesOf(const ZETBuf& buffer)
-{
-    return Bytes(buffer.getData(), buffer.getData() + buffer.getSize());
-}
+using namespace zetserialtest;
 
 // The three types behave alike on the wire; each case runs on all of them.
 template <typename T>

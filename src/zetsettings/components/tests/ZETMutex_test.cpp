@@ -1,15 +1,10 @@
 // ZETMutex as the store uses it: recursive for its holder, exclusive between threads and
 // between processes, and passed on when a holding process is killed.
-#include <gtest/gtest.h>
-
 #include <atomic>
 #include <fstream>
 #include <memory>
-#include <thread>
 #include <vector>
 
-#include "support/ChildProcess.h"
-#include "support/ChildScenario.h"
 #include "support/TestRegistry.h"
 #include "zetsettings/components/ZETMutex.h"
 #include "zetsettings/components/ZETMutexGrabber.h"

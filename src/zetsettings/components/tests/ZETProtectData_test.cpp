@@ -1,19 +1,15 @@
 // ZETProtectData: what one process encrypts, any process of the machine decrypts; anything
 // else gives an empty buffer.
-#include <gtest/gtest.h>
-
 #include <random>
-#include <string>
-#include <vector>
 
-#include "support/ChildProcess.h"
-#include "support/ChildScenario.h"
 #include "support/TestRegistry.h"
 #include "zetsettings/components/ZETProtectData.h"
 #include "zetsettings/components/tests/ProcessSignals.h"
+#include "zetsettings/serial/tests/SerialTestBytes.h"
 
 namespace {
 
+using zetserialtest::bufferOf;
 using zettest::SignalDirectory;
 
 ZETBuf randomBytes(std::size_t size, unsigned seed)
@@ -22,11 +18,6 @@ ZETBuf randomBytes(std::size_t size, unsigned seed)
     std::string bytes(size, '\0');
     for (char& byte : bytes)
         byte = static_cast<char>(generator() & 0xff);
-    return ZETBuf(bytes.data(), bytes.size());
-}
-
-ZETBuf fromString(const std::string& bytes)
-{
     return ZETBuf(bytes.data(), bytes.size());
 }
 
@@ -65,13 +56,13 @@ TEST_F(ZETProtectDataTest, AChangedOrCutBlobOrOneWithOtherExtraGivesNothing)
     for (std::size_t back = 1; back <= 16; ++back) {
         std::string changed = blob;
         changed[blob.size() - back] ^= 0x01;
-        EXPECT_TRUE(decrypt(fromString(changed), ZETBuf("extra")).isEmpty()) << "byte " << back << " from the end";
+        EXPECT_TRUE(decrypt(bufferOf(changed), ZETBuf("extra")).isEmpty()) << "byte " << back << " from the end";
     }
-    EXPECT_TRUE(decrypt(fromString(blob.substr(0, blob.size() - 1)), ZETBuf("extra")).isEmpty());
-    EXPECT_TRUE(decrypt(fromString(blob.substr(0, blob.size() / 2)), ZETBuf("extra")).isEmpty());
-    EXPECT_TRUE(decrypt(fromString(blob), ZETBuf("other")).isEmpty());
-    EXPECT_TRUE(decrypt(fromString(blob)).isEmpty());
-    EXPECT_EQ(data, decrypt(fromString(blob), ZETBuf("extra")));
+    EXPECT_TRUE(decrypt(bufferOf(blob.substr(0, blob.size() - 1)), ZETBuf("extra")).isEmpty());
+    EXPECT_TRUE(decrypt(bufferOf(blob.substr(0, blob.size() / 2)), ZETBuf("extra")).isEmpty());
+    EXPECT_TRUE(decrypt(bufferOf(blob), ZETBuf("other")).isEmpty());
+    EXPECT_TRUE(decrypt(bufferOf(blob)).isEmpty());
+    EXPECT_EQ(data, decrypt(bufferOf(blob), ZETBuf("extra")));
 
     EXPECT_TRUE(decrypt(randomBytes(64, 7)).isEmpty());
     EXPECT_TRUE(decrypt(ZETBuf("")).isEmpty());
@@ -81,7 +72,7 @@ TEST_F(ZETProtectDataTest, AChangedOrCutBlobOrOneWithOtherExtraGivesNothing)
 ZET_CHILD_SCENARIO(protectdata_encrypt)
 {
     SignalDirectory signals(args.at(0));
-    const ZETBuf blob = encrypt(fromString(signals.read(args.at(1))));
+    const ZETBuf blob = encrypt(bufferOf(signals.read(args.at(1))));
     if (blob.isEmpty())
         return 2;
     signals.write("blob", blob.bytes());
@@ -94,7 +85,7 @@ TEST_F(ZETProtectDataTest, ThisProcessDecryptsWhatAnotherEncrypted)
     const ZETBuf data = randomBytes(300, 12);
     signals.write("data", data.bytes());
     ASSERT_EQ(0, zettest::runChild("protectdata_encrypt", {signals.path(), "data"}));
-    EXPECT_EQ(data, decrypt(fromString(signals.read("blob"))));
+    EXPECT_EQ(data, decrypt(bufferOf(signals.read("blob"))));
 }
 
 }  // namespace

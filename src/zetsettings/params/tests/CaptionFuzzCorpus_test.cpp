@@ -1,9 +1,5 @@
 // Replays the kept inputs of the caption fuzz target through its own checks, so that a fixed
 // finding stays fixed in the ordinary test run.
-#include <gtest/gtest.h>
-
-#include <filesystem>
-
 #include "support/FuzzCorpus.h"
 #include "support/TestRegistry.h"
 #include "zetsettings/params/fuzz/CaptionFuzzBody.h"

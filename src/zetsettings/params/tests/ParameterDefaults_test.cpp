@@ -1,25 +1,16 @@
 // The defaults of each version class, checked in a process that runs on that version: natively
 // the version recorded in the test's store, under Wine Wine's own version setting.
-#include <gtest/gtest.h>
-
 #include <cstdio>
 #include <map>
 #include <memory>
 #include <optional>
-#include <string>
 #include <vector>
 
-#include "support/ChildProcess.h"
-#include "support/ChildScenario.h"
-#include "support/TestRegistry.h"
-#include "zetsettings/ZETConfigParam.h"
 #include "zetsettings/components/tests/ProcessSignals.h"
 #include "zetsettings/params/tests/ParamTestSupport.h"
-#include "zetsettings/store/tests/RawRegistry.h"
+#include "zetsettings/platform/tests/RegistryTestKeys.h"
 
 namespace {
-
-typedef ZETConfigParamTestAccess Access;
 
 enum Column { k2000, kXP, kXPSP2, kOther, kColumns };
 const char* const kColumnNames[kColumns] = {"2000", "xp", "xpsp2", "other"};
@@ -39,7 +30,6 @@ struct TextRow {
 };
 
 const wchar_t kRoot[] = L"\"Class 3 Public Primary Certification Authority\"";
-const wchar_t kServerKey[] = L"ZET_CONNECT_TO_THESE_SERVERS_STRING";
 
 #define ROW(getter, key) &ZETConfigParam::getter, L"ZET_" #key
 const TextRow kTexts[] = {
@@ -47,7 +37,7 @@ const TextRow kTexts[] = {
      {L"Network and Dial-up Connections", L"Network Connections", L"Network Connections", nullptr}},
     {ROW(getAdapterCaption, ADAPTER_CAPTION),
      {L"Local Area Connection", L"Wireless Network Connection", L"Wireless Network Connection", nullptr}},
-    {nullptr, L"ZET_LIST_OF_ROOT_CERT_TO_CHECK", {kRoot, kRoot, kRoot, kRoot}},
+    {nullptr, kRootList, {kRoot, kRoot, kRoot, kRoot}},
 };
 
 const NumberRow kNumbers[] = {
@@ -180,17 +170,12 @@ class WineVersionSetting {
 public:
     explicit WineVersionSetting(const std::wstring& version)
     {
-        HKEY key = 0;
-        if (RegOpenKeyExW(HKEY_CURRENT_USER, m_created.c_str(), 0, KEY_READ, &key) == ERROR_SUCCESS) {
-            RegCloseKey(key);
-            m_created += L"\\zetsettings_tests.exe";
-        }
-        if (RegCreateKeyExW(HKEY_CURRENT_USER, L"Software\\Wine\\AppDefaults\\zetsettings_tests.exe", 0, 0, 0,
-                            KEY_ALL_ACCESS, 0, &key, 0) != ERROR_SUCCESS)
-            return;
-        RegSetValueExW(key, L"Version", 0, REG_SZ, reinterpret_cast<const BYTE*>(version.c_str()),
-                       static_cast<DWORD>((version.size() + 1) * sizeof(wchar_t)));
-        RegCloseKey(key);
+        zettest::ScopedKey key;
+        const std::wstring program = m_created + L"\\zetsettings_tests.exe";
+        if (zettest::openKey(HKEY_CURRENT_USER, m_created, key, KEY_READ) == ERROR_SUCCESS)
+            m_created = program;
+        if (zettest::createKey(HKEY_CURRENT_USER, program, key) == ERROR_SUCCESS)
+            zettest::setString(key.get(), L"Version", version);
     }
     ~WineVersionSetting() { RegDeleteTreeW(HKEY_CURRENT_USER, m_created.c_str()); }
 

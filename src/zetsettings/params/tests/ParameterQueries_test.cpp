@@ -1,22 +1,13 @@
 // Copying, the root certificate list and the machine's network cards. The version queries are
 // checked with the defaults, on each version.
-#include <gtest/gtest.h>
-
 #include <cstring>
-#include <string>
 #include <vector>
 
-#include "support/TestRegistry.h"
-#include "zetsettings/ZETConfigParam.h"
 #include "zetsettings/params/tests/ParamTestSupport.h"
-#include "zetsettings/store/tests/RawRegistry.h"
 
 namespace {
 
-typedef ZETConfigParamTestAccess Access;
 typedef std::vector<std::wstring> Names;
-
-const wchar_t kRootList[] = L"ZET_LIST_OF_ROOT_CERT_TO_CHECK";
 
 ZETConfigParam filledObject()
 {

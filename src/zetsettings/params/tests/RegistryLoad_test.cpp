@@ -1,29 +1,19 @@
 // LoadFromRegistry: the table against ConfiguratorSettings in each mode, and the two captions
 // from system keys that the tests write.
-#include <gtest/gtest.h>
-
 #include <map>
 #include <optional>
-#include <string>
 
-#include "support/TestRegistry.h"
-#include "zetsettings/ZETConfigParam.h"
-#include "zetsettings/ZETSettings.h"
 #include "zetsettings/components/CRegistryKey.h"
 #include "zetsettings/params/tests/ParamTestSupport.h"
-#include "zetsettings/store/tests/RawRegistry.h"
 
 namespace {
 
-typedef ZETConfigParamTestAccess Access;
 typedef std::map<std::wstring, int> Numbers;
 typedef std::map<std::wstring, std::wstring> Texts;
 
 const wchar_t kMode[] = L"ZET_CONFIGURATOR_REGISTRY_MODE";
 const wchar_t kPanel[] = L"ZET_NETWORK_PANEL_CAPTION";
 const wchar_t kAdapter[] = L"ZET_ADAPTER_CAPTION";
-const wchar_t kServer[] = L"ZET_CONNECT_TO_THESE_SERVERS_STRING";
-const wchar_t kRootList[] = L"ZET_LIST_OF_ROOT_CERT_TO_CHECK";
 const wchar_t kMainTimeout[] = L"ZET_MAIN_WINDOW_TIMEOUT";
 const wchar_t kEnable8021x[] = L"ZET_ENABLE_8021X_CTRL_ID";
 const wchar_t kEapType[] = L"ZET_EAP_TYPE_CTRL_ID";
@@ -55,13 +45,6 @@ Family storedFamily()
     return family;
 }
 
-// The system names the connections folder and the adapter's connection in its own language.
-void plantSystemCaptions()
-{
-    rawreg::writeText(kFolderKey, L"", L"Netzwerkverbindungen");
-    rawreg::writeText(kAdapterClassKey + kGuid + L"\\Connection", L"Name", L"WLAN 7");
-}
-
 class RegistryLoadTest : public zettest::RegistryTest {
 protected:
     void SetUp() override
@@ -88,12 +71,14 @@ TEST_P(RegistryModeTest, TheTableFollowsTheModeAndTheCaptionsComeFromTheSystem)
     // Someone else's values: changed ones, ones that read as nothing stored (-1 and the empty
     // text; 0 is an identifier), and one that is no parameter.
     Family planted = {{{kMainTimeout, 99}, {kEnable8021x, 0}, {kEapType, -1}, {kForeign, 5}},
-                      {{kServer, L""}, {kRootList, kStoredRoots}}};
+                      {{kServerKey, L""}, {kRootList, kStoredRoots}}};
     for (const auto& value : planted.numbers)
         ZETSettings::intSetConfiguratorValue(value.first, value.second);
     for (const auto& value : planted.texts)
         ZETSettings::strSetConfiguratorValue(value.first, value.second);
-    plantSystemCaptions();
+    // The system names the connections folder and the adapter's connection in its own language.
+    rawreg::writeText(kFolderKey, L"", L"Netzwerkverbindungen");
+    rawreg::writeText(kAdapterClassKey + kGuid + L"\\Connection", L"Name", L"WLAN 7");
 
     ZETConfigParam param(table);
     param.LoadFromRegistry(L"\\Device\\" + kGuid);

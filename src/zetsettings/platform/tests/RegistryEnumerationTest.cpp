@@ -1,12 +1,4 @@
 // Enumerating subkeys and values by index, and what RegQueryInfoKeyW tells of a key.
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <string>
-#include <vector>
-
-#include "support/TestRegistry.h"
-#include "zetsettings/platform/Win32.h"
 #include "zetsettings/platform/tests/RegistryTestKeys.h"
 
 namespace zettest {

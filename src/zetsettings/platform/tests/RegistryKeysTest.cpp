@@ -1,11 +1,4 @@
 // Keys of the registry as Windows has them: creating, opening, names, paths, deleting, handles.
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <string>
-
-#include "support/TestRegistry.h"
-#include "zetsettings/platform/Win32.h"
 #include "zetsettings/platform/tests/RegistryTestKeys.h"
 
 namespace zettest {

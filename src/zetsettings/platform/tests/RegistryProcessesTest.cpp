@@ -1,18 +1,9 @@
 // The registry as every process of the machine shares it: what one process writes, others
 // read, also after it ended or was killed; writers in several processes lose nothing.
-#include <gtest/gtest.h>
-
-#include <chrono>
 #include <cstdio>
 #include <memory>
-#include <string>
-#include <vector>
 
-#include "support/ChildProcess.h"
-#include "support/ChildScenario.h"
-#include "support/TestRegistry.h"
 #include "zetsettings/components/tests/ProcessSignals.h"
-#include "zetsettings/platform/Win32.h"
 #include "zetsettings/platform/tests/RegistryTestKeys.h"
 
 namespace zettest {
@@ -27,18 +18,13 @@ std::wstring numberedValue(const std::string& prefix, int number)
     return widen(prefix) + std::to_wstring(number);
 }
 
-int failed(const char* what, LONG status)
-{
-    std::fprintf(stderr, "%s failed: %ld\n", what, static_cast<long>(status));
-    return 1;
-}
-
 // Ends a child scenario with 1, naming the call, when the call fails.
-#define RETURN_IF_FAILED(call)             \
-    do {                                   \
-        const LONG status_ = (call);       \
-        if (status_ != ERROR_SUCCESS)      \
-            return failed(#call, status_); \
+#define RETURN_IF_FAILED(call)                                                           \
+    do {                                                                                 \
+        if (const LONG status_ = (call); status_ != ERROR_SUCCESS) {                     \
+            std::fprintf(stderr, "%s failed: %ld\n", #call, static_cast<long>(status_)); \
+            return 1;                                                                    \
+        }                                                                                \
     } while (0)
 
 // args: value prefix, count. Writes prefix0..prefixN-1 = 0..N-1 and a subkey named by prefix.
@@ -69,28 +55,20 @@ ZET_CHILD_SCENARIO(registry_rewrite_rounds)
 
 const wchar_t kRemadeKey[] = L"Software\\ZetRegistryTests\\Shared\\Remade";
 
-// args: "delete", or "remake" and the number to store in the new key's value Number.
-ZET_CHILD_SCENARIO(registry_remake_key)
+// What to do to the remade key. args: "drop" (delete the key); or "set" a value name to a number,
+// "remake" (the same, in a new key) or "delete" a value name.
+ZET_CHILD_SCENARIO(registry_edit)
 {
-    RETURN_IF_FAILED(RegDeleteTreeW(HKEY_LOCAL_MACHINE, kRemadeKey));
-    if (args.at(0) == "delete")
+    const std::string what = args.at(0);
+    if (what == "drop" || what == "remake")
+        RETURN_IF_FAILED(RegDeleteTreeW(HKEY_LOCAL_MACHINE, kRemadeKey));
+    if (what == "drop")
         return 0;
     ScopedKey key;
-    RETURN_IF_FAILED(createKey(HKEY_LOCAL_MACHINE, kRemadeKey, key));
-    RETURN_IF_FAILED(setDword(key.get(), L"Number", static_cast<DWORD>(std::stoul(args.at(1)))));
-    return 0;
-}
-
-// args: "set", a value name and a number, or "delete" and a value name: what to do to that value
-// of the remade key.
-ZET_CHILD_SCENARIO(registry_change_number)
-{
-    ScopedKey key;
     const std::wstring name = widen(args.at(1));
-    RETURN_IF_FAILED(openKey(HKEY_LOCAL_MACHINE, kRemadeKey, key));
-    RETURN_IF_FAILED(args.at(0) == "delete"
-                         ? RegDeleteValueW(key.get(), name.c_str())
-                         : setDword(key.get(), name.c_str(), static_cast<DWORD>(std::stoul(args.at(2)))));
+    RETURN_IF_FAILED(createKey(HKEY_LOCAL_MACHINE, kRemadeKey, key));
+    RETURN_IF_FAILED(what == "delete" ? RegDeleteValueW(key.get(), name.c_str())
+                                      : setDword(key.get(), name.c_str(), static_cast<DWORD>(std::stoul(args.at(2)))));
     return 0;
 }
 
@@ -125,10 +103,9 @@ DWORD roundOf(HKEY key, DWORD index)
                                          reinterpret_cast<BYTE*>(words.data()), &size);
     if (status != ERROR_SUCCESS || size != kRoundValueWords * sizeof(DWORD))
         return 0;
-    for (DWORD i = 1; i < kRoundValueWords; ++i) {
+    for (DWORD i = 1; i < kRoundValueWords; ++i)
         if (words[i] != words[0])
             return 0;
-    }
     return words[0];
 }
 
@@ -138,25 +115,22 @@ TEST_F(RegistryProcesses, WritersInSeveralProcessesLoseNothingAndTheirValuesOutl
 {
     const int writers = 4;
     const int each = 30;
-    {
-        std::vector<std::unique_ptr<ChildProcess>> children;
-        for (int i = 0; i < writers; ++i)
-            children.emplace_back(new ChildProcess("registry_write_numbers", {"W" + std::to_string(i) + "-",
-                                                                             std::to_string(each)}));
-        for (auto& child : children)
-            EXPECT_EQ(0, child->wait());
-    }
+    std::vector<std::unique_ptr<ChildProcess>> children;
+    for (int i = 0; i < writers; ++i)
+        children.emplace_back(new ChildProcess("registry_write_numbers", {"W" + std::to_string(i) + "-",
+                                                                         std::to_string(each)}));
+    for (auto& child : children)
+        EXPECT_EQ(0, child->wait());
     ScopedKey key;
     ASSERT_EQ(ERROR_SUCCESS, openKey(HKEY_LOCAL_MACHINE, kSharedKey, key, KEY_READ));
     EXPECT_EQ(static_cast<size_t>(writers * each), valueNames(key.get()).size());
     EXPECT_EQ(static_cast<size_t>(writers), subkeyNames(key.get()).size());
-    for (int i = 0; i < writers; ++i) {
+    for (int i = 0; i < writers; ++i)
         for (int n = 0; n < each; ++n) {
             DWORD value = 0;
             EXPECT_EQ(ERROR_SUCCESS, getDword(key.get(), numberedValue("W" + std::to_string(i) + "-", n).c_str(), value));
             EXPECT_EQ(static_cast<DWORD>(n), value);
         }
-    }
 }
 
 // A process that keeps opening one path must follow the key the path names now, whatever another
@@ -171,10 +145,10 @@ TEST_F(RegistryProcesses, APathOpenedAgainFindsTheKeyThatAnotherProcessRemadeOrD
     LONG status = ERROR_SUCCESS;
     for (int again = 0; again < 2; ++again)
         ASSERT_EQ(1u, numberIn(kRemadeKey, L"Number", status));
-    EXPECT_EQ(0, ChildProcess("registry_remake_key", {"remake", "2"}).wait());
+    EXPECT_EQ(0, ChildProcess("registry_edit", {"remake", "Number", "2"}).wait());
     EXPECT_EQ(2u, numberIn(kRemadeKey, L"Number", status));
     EXPECT_EQ(ERROR_SUCCESS, status);
-    EXPECT_EQ(0, ChildProcess("registry_remake_key", {"delete"}).wait());
+    EXPECT_EQ(0, ChildProcess("registry_edit", {"drop"}).wait());
     numberIn(kRemadeKey, L"Number", status);
     EXPECT_EQ(ERROR_FILE_NOT_FOUND, status);
 }
@@ -195,16 +169,16 @@ TEST_F(RegistryProcesses, AValueReadAgainIsWhatAnotherProcessLeftThere)
     EXPECT_EQ(ERROR_FILE_NOT_FOUND, getDword(key.get(), L"Numbe", number));
     ASSERT_EQ(ERROR_SUCCESS, getDword(key.get(), L"number", number));
     EXPECT_EQ(ERROR_FILE_NOT_FOUND, getDword(key.get(), L"Numbers", number));
-    EXPECT_EQ(0, ChildProcess("registry_change_number", {"set", "Number", "2"}).wait());
+    EXPECT_EQ(0, ChildProcess("registry_edit", {"set", "Number", "2"}).wait());
     EXPECT_EQ(ERROR_SUCCESS, getDword(key.get(), L"Number", number));
     EXPECT_EQ(2u, number);
 
     std::wstring name;
     ASSERT_EQ(ERROR_SUCCESS, enumerateNumber(key.get(), 0, name, number));
-    EXPECT_EQ(0, ChildProcess("registry_change_number", {"set", "Number", "3"}).wait());
+    EXPECT_EQ(0, ChildProcess("registry_edit", {"set", "Number", "3"}).wait());
     EXPECT_EQ(ERROR_SUCCESS, getDword(key.get(), name.c_str(), number));
     EXPECT_EQ(3u, number);
-    EXPECT_EQ(0, ChildProcess("registry_change_number", {"delete", "Number"}).wait());
+    EXPECT_EQ(0, ChildProcess("registry_edit", {"delete", "Number"}).wait());
     EXPECT_EQ(ERROR_FILE_NOT_FOUND, getDword(key.get(), name.c_str(), number));
 }
 
@@ -219,8 +193,8 @@ TEST_F(RegistryProcesses, AnEnumerationSeesWhatAnotherProcessChangedInBetween)
     DWORD number = 0;
     ASSERT_EQ(ERROR_SUCCESS, enumerateNumber(key.get(), 0, name, number));
     EXPECT_EQ(L"V0", name);
-    EXPECT_EQ(0, ChildProcess("registry_change_number", {"delete", "V1"}).wait());
-    EXPECT_EQ(0, ChildProcess("registry_change_number", {"set", "V3", "33"}).wait());
+    EXPECT_EQ(0, ChildProcess("registry_edit", {"delete", "V1"}).wait());
+    EXPECT_EQ(0, ChildProcess("registry_edit", {"set", "V3", "33"}).wait());
     ASSERT_EQ(ERROR_SUCCESS, enumerateNumber(key.get(), 1, name, number));
     EXPECT_EQ(L"V2", name);
     ASSERT_EQ(ERROR_SUCCESS, enumerateNumber(key.get(), 2, name, number));

@@ -18,7 +18,6 @@ namespace zettest {
 class ScopedKey {
 public:
     ScopedKey() = default;
-    explicit ScopedKey(HKEY key) : m_key(key) {}
     ~ScopedKey() { reset(); }
     ScopedKey(ScopedKey&& other) noexcept : m_key(other.m_key) { other.m_key = nullptr; }
     ScopedKey& operator=(ScopedKey&& other) noexcept

@@ -1,12 +1,4 @@
 // Values of the registry as Windows has them: absence, types, names, sizes, text.
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <string>
-#include <vector>
-
-#include "support/TestRegistry.h"
-#include "zetsettings/platform/Win32.h"
 #include "zetsettings/platform/tests/RegistryTestKeys.h"
 
 namespace zettest {

@@ -1,8 +1,4 @@
-#include <gtest/gtest.h>
-
-#include <algorithm>
 #include <stdexcept>
-#include <string>
 
 #include "zetsettings/records/tests/RecordStoreTestSupport.h"
 
@@ -13,11 +9,7 @@ namespace {
 // A list in a fixed order: the registry's enumeration order is not part of the result.
 std::vector<std::wstring> sorted(const boost::shared_ptr<std::vector<std::wstring> >& names)
 {
-    if (!names)
-        return {L"<null>"};
-    std::vector<std::wstring> copy(*names);
-    std::sort(copy.begin(), copy.end());
-    return copy;
+    return names ? zettest::sorted(*names) : std::vector<std::wstring>{L"<null>"};
 }
 
 std::string bytes1Of(const std::wstring& owner, const std::wstring& network)

@@ -1,20 +1,13 @@
-#include <gtest/gtest.h>
-
-#include <algorithm>
 #include <chrono>
 #include <future>
 #include <memory>
 #include <stdexcept>
-#include <string>
 #include <thread>
-#include <vector>
 
-#include "support/ChildProcess.h"
-#include "support/ChildScenario.h"
-#include "support/ProcessRights.h"
 #include "zetsettings/records/tests/RecordStoreTestSupport.h"
 
 using namespace recordtest;
+using zetserialtest::bufferOf;
 
 namespace {
 
@@ -23,28 +16,9 @@ typedef boost::shared_ptr<ZETNetworkSettings> Profile;
 const std::wstring kNetworkSettings = kBase + L"\\NetworkSettings";
 const std::string kSecret = "correct horse battery staple";
 
-ZETBuf bufferOf(const std::string& bytes)
-{
-    return ZETBuf(bytes.data(), bytes.size());
-}
-
 Profile makeProfile(const std::wstring& text, const std::string& secret)
 {
-    Profile profile(new ZETNetworkSettings);
-    profile->profileText = text;
-    profile->profileFlag1 = 1;
-    profile->profileFlag3 = 255;
-    profile->profileFlag4 = 2;
-    profile->protectedBlob = bufferOf(secret);
-    profile->plainBlob = bufferOf("clear part");
-    return profile;
-}
-
-std::vector<std::wstring> sortedKeys()
-{
-    std::vector<std::wstring> names = ZETSettings::getNetworkSettingsKeys();
-    std::sort(names.begin(), names.end());
-    return names;
+    return zetserialtest::networkRecord(text, 1, 0, 255, 2, secret, "clear part");
 }
 
 class NetworkSettingsTest : public zettest::RegistryTest {};
@@ -85,9 +59,8 @@ TEST_F(NetworkSettingsTest, NamesThatDifferOnlyInCaseAreSeparateProfiles)
         ZETSettings::setNetworkSettings(name, makeProfile(name, "secret"));
     ZETSettings::setNetworkSettings(L"\u00E4rger", makeProfile(L"replaced", "secret"));
 
-    std::vector<std::wstring> expected(std::begin(names), std::end(names));
-    std::sort(expected.begin(), expected.end());
-    EXPECT_EQ(expected, sortedKeys());
+    EXPECT_EQ(zettest::sorted({std::begin(names), std::end(names)}),
+              zettest::sorted(ZETSettings::getNetworkSettingsKeys()));
     for (const std::wstring& name : names)
         EXPECT_EQ(formOf(makeProfile(name == L"\u00C4rger" ? L"replaced" : name, "secret")),
                   formOf(ZETSettings::getNetworkSettings(name)));
@@ -150,7 +123,7 @@ TEST_F(NetworkSettingsTest, ForeignValueNamesAreListedOrFailTheListing)
 {
     ZETSettings::setNetworkSettings(L"Lab_Net1", makeProfile(L"lab", kSecret));
     writeRaw(kNetworkSettings, L"NoUnderscore", "x");
-    EXPECT_EQ((std::vector<std::wstring>{L"", L"Lab_Net1"}), sortedKeys());
+    EXPECT_EQ((std::vector<std::wstring>{L"", L"Lab_Net1"}), zettest::sorted(ZETSettings::getNetworkSettingsKeys()));
 
     writeRaw(kNetworkSettings, L"short_", "x");
     EXPECT_THROW(ZETSettings::getNetworkSettingsKeys(), std::out_of_range);

@@ -1,9 +1,5 @@
 // The three stores kept as one encrypted value each on the base key: the fallback keys, the
 // per-user settings and the machine's login.
-#include <gtest/gtest.h>
-
-#include <string>
-
 #include "zetsettings/records/tests/RecordStoreTestSupport.h"
 
 using namespace recordtest;
@@ -37,17 +33,7 @@ std::wstring storedLogin()
     return user + L"|" + password + L"|" + std::to_wstring(flags[0] * 100 + flags[1] * 10 + flags[2]);
 }
 
-std::string loginForm(const std::wstring& user, const std::wstring& password, unsigned char enabled,
-                      unsigned char keep, unsigned char dependent)
-{
-    ZETLoginData record;
-    record.userName = user;
-    record.password = password;
-    record.loginEnabled.value = enabled;
-    record.keepPassword.value = keep;
-    record.dependentFlag.value = dependent;
-    return plainForm(record);
-}
+using zetserialtest::loginRecord;
 
 class ProtectedValueStoresTest : public zettest::RegistryTest {};
 
@@ -117,10 +103,11 @@ TEST_F(ProtectedValueStoresTest, TheLoginSwitchesDecideWhatIsStoredAndRemovalLea
         EXPECT_EQ(L"Operator|" + password + L"|" + std::to_wstring(enabled * 100 + keep * 10 + dependent),
                   storedLogin());
         // No password behind a switch that keeps none, not even an earlier one.
-        EXPECT_EQ(loginForm(L"Operator", password, enabled, keep, dependent), decrypt(rawValue(kBase, L"LoginSettings")));
+        EXPECT_EQ(plainForm(*loginRecord(L"Operator", password, enabled, keep, dependent)),
+                  decrypt(rawValue(kBase, L"LoginSettings")));
     }
     ZETSettings::setLoginData(std::wstring(L"ab\0cd", 5), std::wstring(L"pw\0tail", 7), true, true, false);
-    EXPECT_EQ(loginForm(L"ab", L"pw", 1, 1, 0), decrypt(rawValue(kBase, L"LoginSettings")));
+    EXPECT_EQ(plainForm(*loginRecord(L"ab", L"pw", 1, 1, 0)), decrypt(rawValue(kBase, L"LoginSettings")));
     ZETSettings::removeLoginData();
     ZETSettings::removeLoginData();
     EXPECT_EQ(L"||0", storedLogin());
@@ -150,9 +137,9 @@ TEST_F(ProtectedValueStoresTest, BadStoredValuesReadAsFarAsTheyGoAndLoseNoReadab
     EXPECT_EQ(L"new", textOf(L"judy"));
 
     // A login cut before its flags reads them false; a flag byte other than 1 reads false.
-    storeProtected(L"LoginSettings", loginForm(L"user", L"pass", 1, 1, 1).substr(0, 24));
+    storeProtected(L"LoginSettings", plainForm(*loginRecord(L"user", L"pass", 1, 1, 1)).substr(0, 24));
     EXPECT_EQ(L"user|pass|0", storedLogin());
-    storeProtected(L"LoginSettings", loginForm(L"u", L"p", 2, 2, 255));
+    storeProtected(L"LoginSettings", plainForm(*loginRecord(L"u", L"p", 2, 2, 255)));
     EXPECT_EQ(L"u|p|0", storedLogin());
 }
 

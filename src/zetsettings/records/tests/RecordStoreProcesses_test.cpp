@@ -1,13 +1,7 @@
 // The record stores seen from other processes: what one writes another reads (decryption
 // included), and a process that may not write the registry changes nothing.
-#include <gtest/gtest.h>
-
 #include <memory>
-#include <string>
 
-#include "support/ChildProcess.h"
-#include "support/ChildScenario.h"
-#include "support/ProcessRights.h"
 #include "zetsettings/records/tests/RecordStoreTestSupport.h"
 
 using namespace recordtest;

@@ -1,24 +1,23 @@
 // Raw registry access for the record store tests: what the stores left in the registry, byte
-// for byte, and values planted from outside as another program (or an attacker) would.
+// for byte, and values planted from outside as another program (or an attacker) would; and the
+// records they store, built in one line.
 #ifndef ZETSETTINGS_RECORDS_TESTS_RECORDSTORETESTSUPPORT_H
 #define ZETSETTINGS_RECORDS_TESTS_RECORDSTORETESTSUPPORT_H
-
-#include <gtest/gtest.h>
 
 #include <boost/make_shared.hpp>
 #include <filesystem>
 #include <map>
 #include <fstream>
 #include <iterator>
-#include <string>
-#include <vector>
 
-#include "support/TestRegistry.h"
-#include "zetsettings/ZETSettings.h"
 #include "zetsettings/components/ZETProtectData.h"
-#include "zetsettings/store/tests/RawRegistry.h"
+#include "zetsettings/platform/tests/RegistryTestKeys.h"
+#include "zetsettings/serial/tests/SerialTestBytes.h"
+#include "zetsettings/store/tests/StoreTestSupport.h"
 
 namespace recordtest {
+
+using zetserialtest::plainForm;
 
 const std::wstring kBase = L"Software\\Orvane\\QXL";
 const std::wstring kDatabase = kBase + L"\\FallbackDatabase";
@@ -46,11 +45,7 @@ typedef std::map<std::wstring, ZETFallbackKeySettings> KeyMap;
 
 inline ZETFallbackKeySettings keyEntry(const std::wstring& text, const std::string& bytes = "")
 {
-    ZETFallbackKeySettings entry;
-    entry.keyText1 = text;
-    entry.keyText2 = text + L"/2";
-    entry.keyBytes = bytes;
-    return entry;
+    return zetserialtest::fallbackKey(text, text + L"/2", bytes);
 }
 
 inline void setKeys(const KeyMap& keys)
@@ -69,20 +64,7 @@ inline boost::shared_ptr<ZETUserSettings> userRecord(const std::wstring& text, c
 inline boost::shared_ptr<ZETFallbackSettings> record(const std::wstring& owner, const std::wstring& network,
                                                      const std::string& bytes1 = "", const std::string& bytes2 = "")
 {
-    const auto settings = boost::make_shared<ZETFallbackSettings>();
-    settings->owner = owner;
-    settings->network = network;
-    settings->fallbackBytes1 = bytes1;
-    settings->fallbackBytes2 = bytes2;
-    return settings;
-}
-
-// The serial form of an object, as the stores write it before any encryption.
-inline std::string plainForm(const ZETSerializeInterface& object)
-{
-    std::string bytes(static_cast<size_t>(object.getSerLength()), '\0');
-    object.serialize(reinterpret_cast<unsigned char*>(&bytes[0]));
-    return bytes;
+    return boost::make_shared<ZETFallbackSettings>(zetserialtest::fallbackRecord(owner, network, bytes1, bytes2));
 }
 
 // A record the library handed out, in its serial form; "null" for none.

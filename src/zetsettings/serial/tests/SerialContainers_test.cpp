@@ -1,9 +1,5 @@
 // Maps and vectors: count then elements, keys in order, and what a read leaves behind when the
 // bytes are cut, repeated or hostile.
-#include <gtest/gtest.h>
-
-#include <string>
-
 #include "SerialTestBytes.h"
 #include "zetsettings/components/ser_string.h"
 #include "zetsettings/serial/TSerVar.h"

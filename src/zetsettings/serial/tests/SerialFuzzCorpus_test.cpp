@@ -1,9 +1,5 @@
 // Replays the fuzz target's seeds and every kept finding through the target's own checks,
 // without libFuzzer, so that a fixed finding stays fixed in the ordinary test run.
-#include <gtest/gtest.h>
-
-#include <filesystem>
-
 #include "support/FuzzCorpus.h"
 #include "zetsettings/serial/fuzz/SerialFuzzBody.h"
 

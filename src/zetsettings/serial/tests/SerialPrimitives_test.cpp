@@ -1,9 +1,5 @@
 // Scalars and wide text: exact wire bytes, reads that stop at the end of the bytes, and the
 // UTF-16 form of wide text where wchar_t is wider.
-#include <gtest/gtest.h>
-
-#include <string>
-
 #include "SerialTestBytes.h"
 #include "zetsettings/serial/TSerVar.h"
 #include "zetsettings/serial/ser_wstring.h"
@@ -11,11 +7,6 @@
 using namespace zetserialtest;
 
 namespace {
-
-Bytes writtenText(const std::wstring& text)
-{
-    return written(ser_wstring(text));
-}
 
 TEST(SerialScalar, FixedWidthLowByteFirstAndAShortReadChangesNothing)
 {
@@ -56,7 +47,7 @@ TEST(SerialText, ByteCountThenUtf16UnitsWithoutTerminatorAndBack)
         {std::wstring(200, L'z'), long200},
     };
     for (const auto& c : cases) {
-        EXPECT_EQ(writtenText(c.text), c.bytes) << c.text.size();
+        EXPECT_EQ(written(ser_wstring(c.text)), c.bytes) << c.text.size();
         ser_wstring back(L"previous");
         EXPECT_EQ(back.deserialize(c.bytes.data(), static_cast<int>(c.bytes.size())), static_cast<int>(c.bytes.size()));
         EXPECT_EQ(static_cast<const std::wstring&>(back), c.text);
@@ -105,7 +96,7 @@ TEST(SerialText, LoneSurrogatesPassAsTheirOwnValue)
 #if WCHAR_MAX > 0xFFFF
 TEST(SerialText, ValueBeyondUnicodeGoesOutAsReplacementCharacter)
 {
-    EXPECT_EQ(writtenText(std::wstring(1, static_cast<wchar_t>(0x110000))), hex("02 00 00 00 FD FF"));
+    EXPECT_EQ(written(ser_wstring(std::wstring(1, static_cast<wchar_t>(0x110000)))), hex("02 00 00 00 FD FF"));
 }
 #endif
 

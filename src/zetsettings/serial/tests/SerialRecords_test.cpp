@@ -1,20 +1,9 @@
 // The eleven records: worked examples byte for byte, round trips of every member, what a cut
 // value leaves, and deep copies.
-#include <gtest/gtest.h>
-
-#include <cstddef>
-#include <string>
-
 #include "SerialTestBytes.h"
-#include "zetsettings/components/ZETBuf.h"
 #include "zetsettings/serial/ZETAlertSettings.h"
-#include "zetsettings/serial/ZETFallbackKeySettings.h"
-#include "zetsettings/serial/ZETFallbackSettings.h"
-#include "zetsettings/serial/ZETLoginData.h"
-#include "zetsettings/serial/ZETNetworkSettings.h"
 #include "zetsettings/serial/ZETNetworkToFallbackSettingsMap.h"
 #include "zetsettings/serial/ZETOwnerToNetworkMap.h"
-#include "zetsettings/serial/ZETPreferredNetEntry.h"
 #include "zetsettings/serial/ZETPreferredNetworks.h"
 #include "zetsettings/serial/ZETUserSettings.h"
 #include "zetsettings/serial/ZETUserSettingsMap.h"
@@ -43,55 +32,17 @@ void expectRoundTripAndEveryCutFails(const Record& record)
     EXPECT_EQ(written(back), bytes);
 }
 
-ZETFallbackSettings fallback(const wchar_t* owner, const wchar_t* network, const char* one, const char* two)
-{
-    ZETFallbackSettings settings;
-    settings.owner = owner;
-    settings.network = network;
-    settings.fallbackBytes1 = one;
-    settings.fallbackBytes2 = two;
-    return settings;
-}
-
-ZETPreferredNetEntry entry(const wchar_t* name, unsigned char kind, const std::string& mac)
-{
-    ZETPreferredNetEntry result;
-    result.netName = name;
-    result.macAddress.assign(mac.data(), mac.size());
-    result.entryFlag = 1;
-    result.matchKind = kind;
-    result.matchByte1 = 0xFE;
-    result.matchByte2 = 0x7F;
-    return result;
-}
-
-ZETFallbackKeySettings fallbackKey(const wchar_t* one, const wchar_t* two, const std::string& bytes)
-{
-    ZETFallbackKeySettings key;
-    key.keyText1 = one;
-    key.keyText2 = two;
-    key.keyBytes = bytes;
-    return key;
-}
-
 TEST(SerialRecordBytes, NetworkLoginAndUserRecords)
 {
-    ZETNetworkSettings settings;
-    settings.profileText = L"ab";
-    settings.profileFlag1 = 1;
-    settings.profileFlag4 = 2;
-    settings.protectedBlob.assign("\x01\x02\x03", 3);
-    EXPECT_EQ(written(settings), kAb + hex("01 00 00 02") + counted("\x01\x02\x03") + kEmpty);
+    EXPECT_EQ(written(*networkRecord(L"ab", 1, 0, 0, 2, "\x01\x02\x03")),
+              kAb + hex("01 00 00 02") + counted("\x01\x02\x03") + kEmpty);
     EXPECT_EQ(written(ZETNetworkSettings()), kEmpty + hex("00 00 00 00") + kEmpty + kEmpty);
 
     FallbackKeys keys;
     keys.emplace(ser_wstring(L"x"), fallbackKey(L"ab", L"", std::string("k\0y", 3)));
     EXPECT_EQ(written(keys), hex("01 00 00 00  02 00 00 00 78 00") + kAb + kEmpty + counted(std::string("k\0y", 3)));
 
-    ZETLoginData login;
-    login.userName = L"ab";
-    login.loginEnabled = 1;
-    EXPECT_EQ(written(login), kAb + kEmpty + hex("01 00 00"));
+    EXPECT_EQ(written(*loginRecord(L"ab", L"", 1, 0, 0)), kAb + kEmpty + hex("01 00 00"));
 
     ZETUserSettingsMap users;
     users.users[ser_wstring(L"ab")] = ZETUserSettings();
@@ -102,11 +53,7 @@ TEST(SerialRecordBytes, PreferredNetworksAndAlerts)
 {
     ZETPreferredNetworks networks;
     networks.position = 1;
-    ZETPreferredNetEntry first;
-    first.netName = L"ab";
-    first.macAddress.assign("\x00\x11\x22\x33\x44\x55", 6);
-    first.matchKind = 3;
-    networks.entries.push_back(first);
+    networks.entries.push_back(entry(L"ab", 3, 0, 0, std::string("\x00\x11\x22\x33\x44\x55", 6)));
     EXPECT_EQ(written(networks), hex("01  01 00 00 00") + kAb + hex("06 00 00 00 00 11 22 33 44 55") + hex("00 03 00 00"));
     EXPECT_EQ(written(ZETPreferredNetworks()), hex("00 00 00 00 00"));
 
@@ -121,14 +68,14 @@ TEST(SerialRecordBytes, PreferredNetworksAndAlerts)
 
 TEST(SerialRecordBytes, FallbackDatabaseRecords)
 {
-    EXPECT_EQ(written(fallback(L"ab", L"n", "", "")), kAb + hex("02 00 00 00 6E 00") + counted("") + counted(""));
+    EXPECT_EQ(written(fallbackRecord(L"ab", L"n")), kAb + hex("02 00 00 00 6E 00") + counted("") + counted(""));
 
     ZETNetworkToFallbackSettingsMap networks;
     networks.owner = L"ab";
     EXPECT_EQ(written(networks), kAb + kEmpty);
 
     ZETOwnerToNetworkMap owners;
-    networks.networks.emplace(ser_wstring(L"n"), fallback(L"ab", L"n", "1", ""));
+    networks.networks.emplace(ser_wstring(L"n"), fallbackRecord(L"ab", L"n", "1", ""));
     owners.owners.emplace(ser_wstring(L"ab"), networks);
     EXPECT_EQ(written(owners), hex("01 00 00 00") + kAb + kAb + hex("01 00 00 00  02 00 00 00 6E 00") + kAb +
                                    hex("02 00 00 00 6E 00") + counted("1") + counted(""));
@@ -136,15 +83,8 @@ TEST(SerialRecordBytes, FallbackDatabaseRecords)
 
 TEST(SerialRecordRoundTrip, EveryRecordReadsBackEveryMemberAndFailsOnEveryCut)
 {
-    ZETNetworkSettings settings;
-    settings.profileText = L"profile \x00e9";
-    settings.profileFlag1 = 0x80;
-    settings.profileFlag2 = 0xFF;
-    settings.profileFlag3 = 3;
-    settings.profileFlag4 = 0x5A;
-    settings.protectedBlob.assign("\0cipher\xFF", 8);
-    settings.plainBlob = ZETBuf("plain");
-    expectRoundTripAndEveryCutFails(settings);
+    const std::string cipher("\0cipher\xFF", 8);
+    expectRoundTripAndEveryCutFails(*networkRecord(L"profile \x00e9", 0x80, 0xFF, 3, 0x5A, cipher, "plain"));
 
     FallbackKeys keys;
     keys.emplace(ser_wstring(L"Net"), fallbackKey(L"one", L"two", std::string("\x00\x01\xFF", 3)));
@@ -159,19 +99,14 @@ TEST(SerialRecordRoundTrip, EveryRecordReadsBackEveryMemberAndFailsOnEveryCut)
     users.users[ser_wstring(L"Alice")] = ZETUserSettings();
     expectRoundTripAndEveryCutFails(users);
 
-    ZETLoginData login;
-    login.userName = L"user";
-    login.password = L"p\x00e4ss";
-    login.loginEnabled = 1;
-    login.keepPassword = 1;
-    login.dependentFlag = 7;  // a byte other than 0 or 1 stays as it is
-    expectRoundTripAndEveryCutFails(login);
+    // A flag byte other than 0 or 1 stays as it is.
+    expectRoundTripAndEveryCutFails(*loginRecord(L"user", L"p\x00e4ss", 1, 1, 7));
 
     ZETPreferredNetworks networks;
     networks.position = 200;  // not brought down here: the bytes stand as they are
-    networks.entries.push_back(entry(L"home", 3, std::string("\x00\x1b\x2c\x3d\x4e\x5f", 6)));
-    networks.entries.push_back(entry(L"", 0, ""));
-    networks.entries.push_back(entry(L"home", 1, "\x01"));
+    networks.entries.push_back(entry(L"home", 3, 0xFE, 0x7F, std::string("\x00\x1b\x2c\x3d\x4e\x5f", 6), 1));
+    networks.entries.push_back(entry(L""));
+    networks.entries.push_back(entry(L"home", 1, 0, 0, "\x01"));
     expectRoundTripAndEveryCutFails(networks);
 
     ZETAlertSettings alerts;
@@ -184,7 +119,7 @@ TEST(SerialRecordRoundTrip, EveryRecordReadsBackEveryMemberAndFailsOnEveryCut)
         ZETNetworkToFallbackSettingsMap ownNetworks;
         ownNetworks.owner = owner;
         for (const wchar_t* network : {L"Net", L"net", L"x"})
-            ownNetworks.networks.emplace(ser_wstring(network), fallback(owner, network, "a", "bb"));
+            ownNetworks.networks.emplace(ser_wstring(network), fallbackRecord(owner, network, "a", "bb"));
         owners.owners.emplace(ser_wstring(owner), ownNetworks);
     }
     expectRoundTripAndEveryCutFails(owners);
@@ -201,8 +136,8 @@ TEST(SerialRecordCut, ACutRecordKeepsWhatWasReadAndATailIsIgnored)
 
     ZETPreferredNetworks networks;
     networks.position = 2;
-    networks.entries.push_back(entry(L"a", 0, ""));
-    networks.entries.push_back(entry(L"b", 0, ""));
+    networks.entries.push_back(entry(L"a", 0, 0xFE, 0x7F, "", 1));
+    networks.entries.push_back(entry(L"b"));
     Bytes bytes = written(networks);
     bytes.resize(bytes.size() - 2);
     ZETPreferredNetworks back;
@@ -211,20 +146,20 @@ TEST(SerialRecordCut, ACutRecordKeepsWhatWasReadAndATailIsIgnored)
     EXPECT_EQ(written(back), written(networks));
 
     ZETFallbackSettings settings;
-    const Bytes longer = written(fallback(L"o", L"n", "x", "y")) + hex("01 02 03");
+    const Bytes longer = written(fallbackRecord(L"o", L"n", "x", "y")) + hex("01 02 03");
     EXPECT_EQ(settings.deserialize(longer.data(), static_cast<int>(longer.size())), static_cast<int>(longer.size()) - 3);
     EXPECT_EQ(settings.fallbackBytes2, "y");
 }
 
 TEST(SerialRecordCopy, CopiesAreDeepAndCarryEveryMember)
 {
-    const ZETPreferredNetEntry original = entry(L"net", 3, "\x01\x02");
+    const ZETPreferredNetEntry original = entry(L"net", 3, 0xFE, 0x7F, "\x01\x02", 1);
     ZETPreferredNetEntry assigned;
     assigned = original;
     EXPECT_EQ(written(assigned), written(original));
 
     ZETNetworkToFallbackSettingsMap networks;
-    networks.networks.emplace(ser_wstring(L"n"), fallback(L"o", L"n", "1", ""));
+    networks.networks.emplace(ser_wstring(L"n"), fallbackRecord(L"o", L"n", "1", ""));
     ZETNetworkToFallbackSettingsMap copy(networks);
     EXPECT_EQ(written(copy), written(networks));
     copy.networks.at(ser_wstring(L"n")).fallbackBytes1 = "changed";
@@ -233,19 +168,16 @@ TEST(SerialRecordCopy, CopiesAreDeepAndCarryEveryMember)
 
 TEST(SerialRecordBuffer, ToAndFromAByteBufferMatchesTheDirectForm)
 {
-    ZETNetworkSettings settings;
-    settings.profileText = L"t";
-    settings.plainBlob = ZETBuf("plain");
-    const Bytes direct = written(settings);
+    const auto settings = networkRecord(L"t", 0, 0, 0, 0, "", "plain");
+    const Bytes direct = written(*settings);
     ZETBuf buffer;
-    const ZETNetworkSettings& view = settings;
-    EXPECT_EQ(view.serializeToBuf(buffer), settings.getSerLength());
-    EXPECT_EQ(Bytes(buffer.getData(), buffer.getData() + buffer.getSize()), direct);
+    const ZETNetworkSettings& view = *settings;
+    EXPECT_EQ(view.serializeToBuf(buffer), settings->getSerLength());
+    EXPECT_EQ(bytesOf(buffer), direct);
 
     // A record written into one of its own members: the bytes are those from before.
-    settings.serializeToBuf(settings.protectedBlob);
-    const ZETBuf& own = settings.protectedBlob;
-    EXPECT_EQ(Bytes(own.getData(), own.getData() + own.getSize()), direct);
+    settings->serializeToBuf(settings->protectedBlob);
+    EXPECT_EQ(bytesOf(settings->protectedBlob), direct);
 
     ZETNetworkSettings back;
     EXPECT_EQ(back.deserializeFromBuf(buffer), static_cast<int>(buffer.getSize()));

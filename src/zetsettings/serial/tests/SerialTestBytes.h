@@ -1,16 +1,24 @@
 // Byte helpers of the serialization tests: wire forms spelled as hex, and a writer that
-// checks getSerLength against what serialize really writes.
+// checks getSerLength against what serialize really writes. Also the record builders that the
+// tests of the stores share with them.
 #ifndef ZETSETTINGS_SERIAL_TESTS_SERIALTESTBYTES_H
 #define ZETSETTINGS_SERIAL_TESTS_SERIALTESTBYTES_H
 
 #include <gtest/gtest.h>
 
+#include <boost/make_shared.hpp>
 #include <cstdint>
 #include <sstream>
 #include <string>
 #include <vector>
 
+#include "zetsettings/components/ZETBuf.h"
 #include "zetsettings/components/ZETSerializeInterface.h"
+#include "zetsettings/serial/ZETFallbackKeySettings.h"
+#include "zetsettings/serial/ZETFallbackSettings.h"
+#include "zetsettings/serial/ZETLoginData.h"
+#include "zetsettings/serial/ZETNetworkSettings.h"
+#include "zetsettings/serial/ZETPreferredNetEntry.h"
 
 namespace zetserialtest {
 
@@ -60,6 +68,87 @@ inline Bytes written(const ZETSerializeInterface& object)
         EXPECT_EQ(room[i], 0xA5) << "serialize wrote past getSerLength";
     room.resize(static_cast<std::size_t>(length));
     return room;
+}
+
+inline ZETBuf bufferOf(const std::string& bytes)
+{
+    return ZETBuf(bytes.data(), bytes.size());
+}
+
+inline Bytes bytesOf(const ZETBuf& buffer)
+{
+    return Bytes(buffer.getData(), buffer.getData() + buffer.getSize());
+}
+
+// The serial form of an object as the stores write it (before any encryption).
+inline std::string plainForm(const ZETSerializeInterface& object)
+{
+    std::string bytes(static_cast<std::size_t>(object.getSerLength()), '\0');
+    object.serialize(reinterpret_cast<unsigned char*>(&bytes[0]));
+    return bytes;
+}
+
+inline ZETFallbackSettings fallbackRecord(const std::wstring& owner, const std::wstring& network,
+                                          const std::string& bytes1 = "", const std::string& bytes2 = "")
+{
+    ZETFallbackSettings record;
+    record.owner = owner;
+    record.network = network;
+    record.fallbackBytes1 = bytes1;
+    record.fallbackBytes2 = bytes2;
+    return record;
+}
+
+inline ZETFallbackKeySettings fallbackKey(const std::wstring& text1, const std::wstring& text2,
+                                          const std::string& bytes = "")
+{
+    ZETFallbackKeySettings key;
+    key.keyText1 = text1;
+    key.keyText2 = text2;
+    key.keyBytes = bytes;
+    return key;
+}
+
+// Network settings and logins can't be copied: they come in shared pointers, as the store hands them.
+inline boost::shared_ptr<ZETNetworkSettings> networkRecord(const std::wstring& text, unsigned char flag1,
+                                                           unsigned char flag2, unsigned char flag3,
+                                                           unsigned char flag4, const std::string& secret = "",
+                                                           const std::string& plain = "")
+{
+    const auto record = boost::make_shared<ZETNetworkSettings>();
+    record->profileText = text;
+    record->profileFlag1 = flag1;
+    record->profileFlag2 = flag2;
+    record->profileFlag3 = flag3;
+    record->profileFlag4 = flag4;
+    record->protectedBlob = bufferOf(secret);
+    record->plainBlob = bufferOf(plain);
+    return record;
+}
+
+inline boost::shared_ptr<ZETLoginData> loginRecord(const std::wstring& user, const std::wstring& password,
+                                                   unsigned char enabled, unsigned char keep, unsigned char dependent)
+{
+    const auto record = boost::make_shared<ZETLoginData>();
+    record->userName = user;
+    record->password = password;
+    record->loginEnabled = enabled;
+    record->keepPassword = keep;
+    record->dependentFlag = dependent;
+    return record;
+}
+
+inline ZETPreferredNetEntry entry(const std::wstring& name, unsigned char matchKind = 0, unsigned char byte1 = 0,
+                                  unsigned char byte2 = 0, const std::string& mac = "", unsigned char flag = 0)
+{
+    ZETPreferredNetEntry made;
+    made.netName = name;
+    made.macAddress.assign(mac.data(), mac.size());
+    made.entryFlag = flag;
+    made.matchKind = matchKind;
+    made.matchByte1 = byte1;
+    made.matchByte2 = byte2;
+    return made;
 }
 
 } // namespace zetserialtest

@@ -1,26 +1,11 @@
-#include <gtest/gtest.h>
-
-#include <string>
 #include <thread>
 #include <vector>
 
-#include "support/ChildProcess.h"
-#include "support/ChildScenario.h"
-#include "support/ProcessRights.h"
-#include "support/TestRegistry.h"
-#include "zetsettings/ZETSettings.h"
-#include "zetsettings/store/tests/RawRegistry.h"
+#include "zetsettings/store/tests/StoreTestSupport.h"
 
 namespace {
 
 const wchar_t kBase[] = L"Software\\Orvane\\QXL";
-
-// The raw type of a value on the base key, or REG_NONE when there is none.
-DWORD rawType(const wchar_t* name)
-{
-    const rawreg::RawValue value = rawreg::read(kBase, name);
-    return value.status == ERROR_SUCCESS ? value.type : static_cast<DWORD>(REG_NONE);
-}
 
 class BaseFamilyTest : public zettest::RegistryTest {};
 
@@ -29,8 +14,8 @@ TEST_F(BaseFamilyTest, FirstReadCreatesTheBaseKeyButStoresNothingWithoutWriteDef
     EXPECT_EQ(17, ZETSettings::intGetBaseValue(L"Speed", 17, false));
     EXPECT_EQ(L"dflt", ZETSettings::strGetBaseValue(L"Label", L"dflt", false));
     EXPECT_TRUE(rawreg::keyExists(kBase));
-    EXPECT_EQ(static_cast<DWORD>(REG_NONE), rawType(L"Speed"));
-    EXPECT_EQ(static_cast<DWORD>(REG_NONE), rawType(L"Label"));
+    EXPECT_EQ(L"absent", rawreg::stored(kBase, L"Speed"));
+    EXPECT_EQ(L"absent", rawreg::stored(kBase, L"Label"));
 }
 
 TEST_F(BaseFamilyTest, WriteDefaultStoresTheDefaultAndLaterReadsFindIt)
@@ -39,8 +24,8 @@ TEST_F(BaseFamilyTest, WriteDefaultStoresTheDefaultAndLaterReadsFindIt)
     EXPECT_EQ(5, ZETSettings::intGetBaseValue(L"Retries", 9, true));
     EXPECT_EQ(L"first", ZETSettings::strGetBaseValue(L"Mode", L"first", true));
     EXPECT_EQ(L"first", ZETSettings::strGetBaseValue(L"Mode", L"second", false));
-    EXPECT_EQ(static_cast<DWORD>(REG_DWORD), rawType(L"Retries"));
-    EXPECT_EQ(static_cast<DWORD>(REG_SZ), rawType(L"Mode"));
+    EXPECT_EQ(L"dword:5", rawreg::stored(kBase, L"Retries"));
+    EXPECT_EQ(L"sz:first", rawreg::stored(kBase, L"Mode"));
 }
 
 TEST_F(BaseFamilyTest, SettersOverwriteAndKeepTheFull32Bits)
@@ -68,7 +53,7 @@ TEST_F(BaseFamilyTest, AValueOfAnotherTypeReadsAsAFailedRead)
     EXPECT_EQ(3, ZETSettings::intGetBaseValue(L"Mixed", 3, false));
     // With writeDefault the failed read is repaired with a number.
     EXPECT_EQ(3, ZETSettings::intGetBaseValue(L"Mixed", 3, true));
-    EXPECT_EQ(static_cast<DWORD>(REG_DWORD), rawType(L"Mixed"));
+    EXPECT_EQ(L"dword:3", rawreg::stored(kBase, L"Mixed"));
 }
 
 TEST_F(BaseFamilyTest, ThreadsOfOneProcessDoNotLoseEachOthersValues)
@@ -132,7 +117,7 @@ TEST_F(BaseFamilyTest, AProcessWithoutWriteRightsGetsDefaultsAndWritesNothing)
     ZETSettings::intSetBaseValue(L"Stored", 1);
     ASSERT_EQ(0, zettest::runChild("BaseFamilyWithoutWriteRights"));
     EXPECT_EQ(1, ZETSettings::intGetBaseValue(L"Stored", -1, false));
-    EXPECT_EQ(static_cast<DWORD>(REG_NONE), rawType(L"Other"));
+    EXPECT_EQ(L"absent", rawreg::stored(kBase, L"Other"));
 }
 
 }  // namespace

@@ -1,28 +1,15 @@
 // checkNdisStackingOrder against FilterClasses values planted with the bare Win32 calls, and
 // the exact value it writes back.
-#include <gtest/gtest.h>
-
 #include <cstring>
-#include <string>
 #include <vector>
 
-#include "support/ChildProcess.h"
-#include "support/ChildScenario.h"
-#include "support/ProcessRights.h"
-#include "support/TestRegistry.h"
-#include "zetsettings/ZETSettings.h"
 #include "zetsettings/serial/ZETUtf16.h"
-#include "zetsettings/store/tests/RawRegistry.h"
+#include "zetsettings/store/tests/StoreTestSupport.h"
 
 namespace {
 
 const wchar_t kNetworkKey[] = L"SYSTEM\\CurrentControlSet\\Control\\Network";
 const wchar_t kFilterClasses[] = L"FilterClasses";
-
-bool isTextType(DWORD type)
-{
-    return type == REG_SZ || type == REG_EXPAND_SZ || type == REG_MULTI_SZ;
-}
 
 // The bytes of a text as the registry functions take and give them for a value of that type,
 // with odd bytes behind: text types in wchar_t units, any other type as stored, in UTF-16.
@@ -32,7 +19,7 @@ std::vector<BYTE> bytesOf(std::wstring text, DWORD type = REG_MULTI_SZ, DWORD ex
     for (wchar_t& c : text)
         c = c == L'|' ? L'\0' : c;
     std::vector<BYTE> bytes;
-    if (isTextType(type)) {
+    if (type == REG_SZ || type == REG_EXPAND_SZ || type == REG_MULTI_SZ) {
         bytes.resize(text.size() * sizeof(wchar_t));
         if (!text.empty())
             std::memcpy(bytes.data(), text.data(), bytes.size());

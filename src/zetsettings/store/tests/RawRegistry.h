@@ -3,6 +3,7 @@
 #ifndef ZETSETTINGS_STORE_TESTS_RAWREGISTRY_H
 #define ZETSETTINGS_STORE_TESTS_RAWREGISTRY_H
 
+#include <cstring>
 #include <string>
 #include <vector>
 
@@ -50,6 +51,18 @@ inline std::wstring textOf(const RawValue& value)
     while (!text.empty() && text.back() == L'\0')
         text.pop_back();
     return text;
+}
+
+// What the registry holds, with its type: "dword:N", "sz:TEXT", or "absent".
+inline std::wstring stored(const std::wstring& path, const std::wstring& name)
+{
+    const RawValue value = read(path, name);
+    DWORD number = 0;
+    if (value.type == REG_DWORD && value.data.size() == sizeof number)
+        std::memcpy(&number, value.data.data(), sizeof number);
+    if (value.status != ERROR_SUCCESS)
+        return L"absent";
+    return value.type == REG_SZ ? L"sz:" + textOf(value) : L"dword:" + std::to_wstring(number);
 }
 
 // Creates the key if needed.

@@ -1,14 +1,4 @@
-#include <gtest/gtest.h>
-
-#include <cstring>
-#include <string>
-
-#include "support/ChildProcess.h"
-#include "support/ChildScenario.h"
-#include "support/ProcessRights.h"
-#include "support/TestRegistry.h"
-#include "zetsettings/ZETSettings.h"
-#include "zetsettings/store/tests/RawRegistry.h"
+#include "zetsettings/store/tests/StoreTestSupport.h"
 
 namespace {
 
@@ -20,17 +10,7 @@ const std::wstring kRasEap = kBase + L"\\RasEapSettings";
 const std::wstring kZetGuard = kBase + L"\\Settings";
 const std::wstring kRasmanEap = L"SYSTEM\\CurrentControlSet\\Services\\RasMan\\PPP\\EAP\\26";
 
-// What the registry holds, with its type: "dword:N", "sz:TEXT", or "absent".
-std::wstring stored(const std::wstring& path, const std::wstring& name)
-{
-    const rawreg::RawValue value = rawreg::read(path, name);
-    DWORD number = 0;
-    if (value.type == REG_DWORD && value.data.size() == sizeof number)
-        std::memcpy(&number, value.data.data(), sizeof number);
-    if (value.status != ERROR_SUCCESS)
-        return L"absent";
-    return value.type == REG_SZ ? L"sz:" + rawreg::textOf(value) : L"dword:" + std::to_wstring(number);
-}
+using rawreg::stored;
 
 class ValueFamiliesTest : public zettest::RegistryTest {};
 
