@@ -5,10 +5,10 @@
 // every entry that somebody wrote and nobody removed still there with its last state.
 #include <chrono>
 #include <cwchar>
+#include <deque>
 #include <fstream>
 #include <iostream>
 #include <map>
-#include <memory>
 #include <random>
 #include <sstream>
 #include <thread>
@@ -211,18 +211,18 @@ int contentionWorker(const Options& options)
     const long process = options.number("index", 0);
     const Clock::time_point end = Clock::now() + std::chrono::seconds(options.number("seconds", 60));
     std::mt19937 seeds(static_cast<unsigned>(options.number("seed", 1)));
-    std::vector<std::unique_ptr<ContentionThread>> workers;
-    for (long thread = 0; thread < setup.threads; ++thread)
-        workers.emplace_back(new ContentionThread(setup, process, thread, seeds()));
+    std::deque<ContentionThread> workers;
     std::vector<std::thread> threads;
-    for (auto& worker : workers)
-        threads.emplace_back([&worker, end] { worker->runUntil(end); });
+    for (long thread = 0; thread < setup.threads; ++thread) {
+        workers.emplace_back(setup, process, thread, seeds());
+        threads.emplace_back(&ContentionThread::runUntil, &workers.back(), end);
+    }
     int faults = 0;
     std::ofstream log(logPath(options.text("run", "."), process));
     for (std::size_t i = 0; i < threads.size(); ++i) {
         threads[i].join();
-        workers[i]->writeLog(log);
-        faults += workers[i]->faults();
+        workers[i].writeLog(log);
+        faults += workers[i].faults();
     }
     log.close();
     return faults == 0 && log ? 0 : 1;

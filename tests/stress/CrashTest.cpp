@@ -18,59 +18,46 @@
 namespace zetstress {
 namespace {
 
-class CrashWriter {
-public:
-    explicit CrashWriter(const Options& options)
-        : m_writer(options.number("slot", 0), 0, static_cast<unsigned long>(options.number("incarnation", 1)),
-                   static_cast<unsigned>(options.number("seed", 1)))
-    {
+const ZETPreferredNetEntry& pickEntry(RecordWriter& writer, const ZETPreferredNetworks& list)
+{
+    return list.entries[writer.draw(static_cast<unsigned>(list.entries.size()))];
+}
+
+void changeChooser(RecordWriter& writer)
+{
+    const unsigned pick = writer.draw(100);
+    bool wrapped = false;
+    if (pick < 30) {
+        const unsigned count = 1 + writer.draw(10);
+        ZETSettings::updateChooserPreferredNets(listForm(writer.tag(L"crash") + L"-", count, writer.draw(count + 3)));
+    } else if (pick < 65) {
+        ZETSettings::nextChooserPreferredNet(writer.draw(4) == 0, wrapped);
+    } else if (pick < 80) {
+        const boost::shared_ptr<ZETPreferredNetworks> list = ZETSettings::getChooserPreferredNets();
+        ZETSettings::moveChooserPreferredNetToFront(list->entries.empty() || writer.draw(2) == 0
+                                                        ? entryForm(writer.tag(L"crash-front"))
+                                                        : pickEntry(writer, *list));
+    } else if (pick < 90) {
+        const boost::shared_ptr<ZETPreferredNetworks> list = ZETSettings::getChooserPreferredNets();
+        if (!list->entries.empty())
+            ZETSettings::deleteChooserPreferredNet(pickEntry(writer, *list).netName);
+    } else {
+        ZETSettings::stopChooserAutoAssociate();
     }
+}
 
-    void writeOnce()
-    {
-        const unsigned pick = draw(100);
-        if (pick < 30)
-            m_writer.write(kProfiles, m_writer.ownName(kProfiles));
-        else if (pick < 45)
-            m_writer.write(kFallback, m_writer.ownName(kFallback));
-        else if (pick < 80)
-            changeChooser();
-        else
-            m_writer.write(kAlerts, m_writer.ownName(kAlerts));
-    }
-
-private:
-    unsigned draw(unsigned below) { return m_writer.draw(below); }
-
-    void changeChooser()
-    {
-        const unsigned pick = draw(100);
-        bool wrapped = false;
-        if (pick < 30) {
-            const unsigned count = 1 + draw(10);
-            ZETSettings::updateChooserPreferredNets(listForm(m_writer.tag(L"crash") + L"-", count, draw(count + 3)));
-        } else if (pick < 65) {
-            ZETSettings::nextChooserPreferredNet(draw(4) == 0, wrapped);
-        } else if (pick < 80) {
-            const boost::shared_ptr<ZETPreferredNetworks> list = ZETSettings::getChooserPreferredNets();
-            ZETSettings::moveChooserPreferredNetToFront(
-                list->entries.empty() || draw(2) == 0 ? entryForm(m_writer.tag(L"crash-front")) : pickEntry(*list));
-        } else if (pick < 90) {
-            const boost::shared_ptr<ZETPreferredNetworks> list = ZETSettings::getChooserPreferredNets();
-            if (!list->entries.empty())
-                ZETSettings::deleteChooserPreferredNet(pickEntry(*list).netName);
-        } else {
-            ZETSettings::stopChooserAutoAssociate();
-        }
-    }
-
-    const ZETPreferredNetEntry& pickEntry(const ZETPreferredNetworks& list)
-    {
-        return list.entries[draw(static_cast<unsigned>(list.entries.size()))];
-    }
-
-    RecordWriter m_writer;
-};
+void writeOnce(RecordWriter& writer)
+{
+    const unsigned pick = writer.draw(100);
+    if (pick < 30)
+        writer.write(kProfiles, writer.ownName(kProfiles));
+    else if (pick < 45)
+        writer.write(kFallback, writer.ownName(kFallback));
+    else if (pick < 80)
+        changeChooser(writer);
+    else
+        writer.write(kAlerts, writer.ownName(kAlerts));
+}
 
 // The chooser's list, below the library and through it: the latter waits for the named mutex,
 // which a killed worker may have held; the driver's bound on the check turns a wait that never
@@ -221,9 +208,10 @@ private:
 int crashWorker(const Options& options)
 {
     const int done = open(options.text("operations", "").c_str(), O_WRONLY | O_APPEND | O_CLOEXEC);
-    CrashWriter writer(options);
+    RecordWriter writer(options.number("slot", 0), 0, static_cast<unsigned long>(options.number("incarnation", 1)),
+                        static_cast<unsigned>(options.number("seed", 1)));
     for (;;) {
-        writer.writeOnce();
+        writeOnce(writer);
         if (write(done, "+", 1) != 1)
             return 1;
     }

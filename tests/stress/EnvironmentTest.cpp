@@ -233,7 +233,7 @@ int unreadableKeyCase(const Options&)
         if (name == "user" || name == "login" || name == "keys")
             verdict.expect(state == kAbsent, name + " gives nothing, got " + nameOfState(state));
         else if (name == "profile")
-            verdict.expect(state != 0, "the profile comes without its secret");
+            verdict.expect(state == kWithoutSecret, "the profile comes without its secret, got " + nameOfState(state));
         else
             verdict.expect(state == 0, name + " reads as stored, got " + nameOfState(state));
     }

@@ -18,7 +18,6 @@ namespace fs = std::filesystem;
 
 const wchar_t kDirectKey[] = L"Software\\Orvane\\QXL\\FaultDirect";
 const wchar_t kEapKey[] = L"SYSTEM\\CurrentControlSet\\Services\\RasMan\\PPP\\EAP\\26";
-const wchar_t kNetwork[] = L"FaultNet";
 
 std::wstring tagOf(const std::wstring& item, int generation)
 {
@@ -86,19 +85,17 @@ int readDirect()
     return kTorn;
 }
 
-int readProfile()
+// A profile of a generation with an empty protected member and the rest as written: what a
+// process gets that can't read the machine key.
+int withoutSecret(const std::wstring& name)
 {
-    const boost::shared_ptr<ZETNetworkSettings> found = ZETSettings::getNetworkSettings(kNetwork);
-    if (!found)
-        return kAbsent;
-    const int generation = generationOf(found->profileText, L"profile");
-    if (generation >= 0 && found->protectedBlob.isEmpty()) {
-        const boost::shared_ptr<ZETNetworkSettings> expected = profileForm(found->profileText);
-        if (!expected->protectedBlob.isEmpty() && found->plainBlob == expected->plainBlob &&
-            found->profileFlag1 == expected->profileFlag1)
-            return kWithoutSecret;
-    }
-    return checked(isProfileForm(*found), generation);
+    const boost::shared_ptr<ZETNetworkSettings> found = ZETSettings::getNetworkSettings(name);
+    const boost::shared_ptr<ZETNetworkSettings> expected = profileForm(found->profileText);
+    const bool lost = found->protectedBlob.isEmpty() && !expected->protectedBlob.isEmpty();
+    return lost && generationOf(found->profileText, lowerCase(name)) >= 0 && found->plainBlob == expected->plainBlob &&
+                   found->profileFlag1 == expected->profileFlag1
+               ? kWithoutSecret
+               : kTorn;
 }
 
 int readLogin()
@@ -160,14 +157,10 @@ int readEap()
     return generationOf(text, L"eap");
 }
 
-std::string utf16(const std::wstring& text)
+// The tag of generation `generation` of the first record of a kind.
+std::wstring recordTag(std::size_t which, int generation)
 {
-    std::string bytes;
-    for (wchar_t c : text) {
-        bytes += static_cast<char>(c & 0xFF);
-        bytes += static_cast<char>((c >> 8) & 0xFF);
-    }
-    return bytes;
+    return tagOf(lowerCase(kKinds[which].name(0, 0, 0)), generation);
 }
 
 // The plain texts that only ever reach the store encrypted.
@@ -175,7 +168,7 @@ std::vector<std::wstring> secrets()
 {
     std::vector<std::wstring> texts;
     for (int g : {0, 1})
-        texts.insert(texts.end(), {tagOf(lowerCase(kKinds[kUsers].name(0, 0, 0)), g), tagOf(L"login", g), passwordOf(g), fallbackKeyText(g)});
+        texts.insert(texts.end(), {recordTag(kUsers, g), tagOf(L"login", g), passwordOf(g), fallbackKeyText(g)});
     return texts;
 }
 
@@ -187,7 +180,7 @@ std::vector<std::string> secretBytes()
         forms.push_back(narrow(text));
     }
     for (int g : {0, 1}) {  // the profile's protected member, where long enough to be told apart
-        const std::string bytes = profileForm(tagOf(L"profile", g))->protectedBlob.bytes();
+        const std::string bytes = profileForm(recordTag(kProfiles, g))->protectedBlob.bytes();
         if (bytes.size() >= 12)
             forms.push_back(bytes);
     }
@@ -195,19 +188,22 @@ std::vector<std::string> secretBytes()
 }
 
 // An item that is the first record of a kind of the crash and contention tests (Records.h):
-// a generation's tag or, for an alert, its state.
-Item recordItem(const char* item, std::size_t which)
+// a generation's tag or, for an alert, its state. `otherwise` tells what a record that is not
+// whole holds instead, where it may hold less than was written.
+Item recordItem(const char* item, std::size_t which, int (*otherwise)(const std::wstring& name) = nullptr)
 {
     const Kind& kind = kKinds[which];
     const std::wstring name = kind.name(0, 0, 0);
-    const auto write = [&kind, name](int g) {
-        kind.write(name, kind.onOff ? std::to_wstring(g) : tagOf(lowerCase(name), g));
+    const auto write = [&kind, name, which](int g) {
+        kind.write(name, kind.onOff ? std::to_wstring(g) : recordTag(which, g));
         return Reported::Silent;
     };
-    const auto read = [&kind, name] {
+    const auto read = [&kind, name, otherwise] {
         std::wstring state;
         if (!kind.read(name, state))
             return kAbsent;
+        if (state.empty() && otherwise)
+            return otherwise(name);
         if (kind.onOff)
             return state == L"0" || state == L"1" ? std::stoi(state) : kTorn;
         return generationOf(state, lowerCase(name));
@@ -236,8 +232,7 @@ const std::vector<Item>& items()
              return byCode(code);
          },
          readDirect},
-        {"profile", silent([](int g) { ZETSettings::setNetworkSettings(kNetwork, profileForm(tagOf(L"profile", g))); }),
-         readProfile},
+        recordItem("profile", kProfiles, withoutSecret),
         recordItem("user", kUsers),
         {"login", silent([](int g) { ZETSettings::setLoginData(tagOf(L"login", g), passwordOf(g), true, true, false); }),
          readLogin},
@@ -295,8 +290,9 @@ bool createEapKey()
 bool furtherWriteSucceeds()
 {
     const bool direct = writeDirect(1) == ERROR_SUCCESS && readDirect() == 1;
-    ZETSettings::setNetworkSettings(kNetwork, profileForm(tagOf(L"profile", 1)));
-    return direct && readProfile() == 1;
+    const Item& profile = items()[1];
+    profile.write(1);
+    return direct && profile.read() == 1;
 }
 
 std::string fileBytes(const fs::path& path)

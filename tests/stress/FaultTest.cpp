@@ -17,6 +17,7 @@
 #include <map>
 #include <set>
 #include <sstream>
+#include <stdexcept>
 
 #include <zetsettings/ZETSettings.h>
 #include <zetsettings/components/ZETMutexException.h>
@@ -42,7 +43,9 @@ std::map<std::string, int> errnosOf(const std::string& list)
     std::map<std::string, int> errnos;
     std::stringstream in(list);
     for (std::string name; std::getline(in, name, ',');)
-        if (!name.empty())
+        if (!name.empty() && !known.count(name))
+            throw std::invalid_argument("unknown errno " + name);
+        else if (!name.empty())
             errnos[name] = known.at(name);
     return errnos;
 }

@@ -77,6 +77,14 @@ std::string narrow(const std::wstring& text)
     return out;
 }
 
+std::string utf16(const std::wstring& text)
+{
+    std::string bytes;
+    for (wchar_t c : text)
+        bytes.append({static_cast<char>(c & 0xFF), static_cast<char>((c >> 8) & 0xFF)});
+    return bytes;
+}
+
 std::wstring lowerCase(std::wstring text)
 {
     for (wchar_t& c : text)

@@ -45,6 +45,8 @@ boost::shared_ptr<ZETPreferredNetworks> listForm(const std::wstring& tagPrefix, 
 std::string listFault(const ZETPreferredNetworks& list);
 
 std::string narrow(const std::wstring& text);
+// Little-endian UTF-16, as .reg files and the library's strings are.
+std::string utf16(const std::wstring& text);
 // The form in which the store keeps an owner's name.
 std::wstring lowerCase(std::wstring text);
 

@@ -137,10 +137,7 @@ std::string importFile(const std::string& folder, long generation, long values)
             text += L"\"Value" + std::to_wstring(value) + L"\"=dword:" + std::to_wstring(generation) + L"\r\n";
         text += L"\r\n";
     }
-    std::ofstream file(path, std::ios::binary);
-    file.write("\xFF\xFE", 2);
-    for (wchar_t unit : text)
-        file.put(static_cast<char>(unit & 0xFF)).put(static_cast<char>((unit >> 8) & 0xFF));
+    std::ofstream(path, std::ios::binary) << "\xFF\xFE" + utf16(text);
     return path;
 }
 
