@@ -274,9 +274,7 @@ int contentionDriver(const Options& options)
     // long after has hung.
     const int bound = static_cast<int>(seconds * 1000 + 120000);
     for (std::size_t i = 0; i < workers.size(); ++i) {
-        const Ending ending = waitWithin(workers[i], bound);
-        if (!ending.finished)
-            killAndReap(workers[i]);
+        const Ending ending = killUnlessEnded(workers[i], bound);
         if (!ending.succeeded())
             std::cerr << "VIOLATION: worker process " << i << " " << describe(ending) << "\n";
         faults += ending.succeeded() ? 0 : 1;

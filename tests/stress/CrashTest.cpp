@@ -93,28 +93,26 @@ public:
         for (long slot = 0; slot < m_slots; ++slot)
             start(slot);
         long landed = 0;
-        int faults = 0;
-        for (long kill = 0; kill < m_kills && faults == 0; ++kill) {
+        for (long kill = 0; kill < m_kills && m_fault.count() == 0; ++kill) {
             pauseMilliseconds(std::uniform_int_distribution<int>(1, m_longestPause)(m_random));
             const long slot = std::uniform_int_distribution<long>(0, m_slots - 1)(m_random);
             landed += operations(slot) > 0 ? 1 : 0;
-            faults += killWorker(slot);
+            killWorker(slot);
             start(slot);
             const uint64_t before = allOperations();
-            faults += check();
-            faults += awaitProgress(before);
+            check();
+            awaitProgress(before);
         }
         for (long slot = 0; slot < m_slots; ++slot)
-            faults += killWorker(slot);
-        faults += check();
+            killWorker(slot);
+        check();
         std::cout << "crash test (seed " << m_seed << "): " << m_killed << " SIGKILLs (" << landed
                   << " after the victim had completed at least one operation), " << m_operations
                   << " operations completed by " << m_incarnations << " worker processes (" << m_slots
                   << " at a time), " << m_checks << " checks; at the end " << m_seen[kProfiles].size()
                   << " profiles, " << m_seen[kFallback].size() << " fallback records, " << m_seen[kAlerts].size()
-                  << " alerts; "
-                  << (faults == 0 ? "no violation" : std::to_string(faults) + " violation(s)") << "\n";
-        return faults == 0 ? 0 : 1;
+                  << " alerts; " << m_fault.count() << " violation(s)\n";
+        return m_fault.exitCode();
     }
 
 private:
@@ -143,49 +141,44 @@ private:
     }
 
     // A worker that ended by itself before the kill failed, and that is a finding too.
-    int killWorker(long slot)
+    void killWorker(long slot)
     {
         const Ending early = killUnlessEnded(m_workers[static_cast<std::size_t>(slot)]);
         m_killed += early.finished ? 0 : 1;
         m_operations += operations(slot);
-        if (early.finished)
-            std::cerr << "VIOLATION: worker " << slot << " " << describe(early) << " by itself\n";
-        return early.finished ? 1 : 0;
+        m_fault.expect(!early.finished, "worker " + std::to_string(slot) + " " + describe(early) + " by itself");
     }
 
-    int check()
+    // A check that hangs waits for the store or the named mutex.
+    void check()
     {
         std::string output;
         const Ending ending = runSelf({"crash-check", "--workers", std::to_string(m_slots)}, m_checkBound, output);
         ++m_checks;
-        if (!ending.finished) {
-            std::cerr << "VIOLATION: a check after kill " << m_killed << " hangs: the store or the named mutex\n";
-            return 1;
-        }
+        m_fault.expect(ending.succeeded(), "the check after kill " + std::to_string(m_killed) + " " + describe(ending));
+        if (!ending.finished)
+            return;
         // What was seen whole must still be there, and a profile, which one writer process at
         // a time owns, never goes back to an older write.
         States now;
         std::istringstream lines(output);
         for (std::string line; std::getline(lines, line);)
             parseState(line, now);
-        Violations fault;
-        compareStates(m_seen, now, false, fault);
+        compareStates(m_seen, now, false, m_fault);
         m_seen = now;
-        return fault.count() + (ending.succeeded() ? 0 : 1);
     }
 
     // The workers that were not killed must go on: one that waits forever for a lock that the
     // dead one held stops them all.
-    int awaitProgress(uint64_t before)
+    void awaitProgress(uint64_t before)
     {
         for (int waited = 0; waited < m_checkBound; ++waited) {
             if (allOperations() != before)
-                return 0;
+                return;
             pauseMilliseconds(1);
         }
-        std::cerr << "VIOLATION: no worker completed an operation within " << m_checkBound << " ms after kill "
-                  << m_killed << "\n";
-        return 1;
+        m_fault("no worker completed an operation within " + std::to_string(m_checkBound) + " ms after kill " +
+                std::to_string(m_killed));
     }
 
     RunDirectory m_run;
@@ -201,6 +194,7 @@ private:
     long m_checks = 0;
     uint64_t m_operations = 0;
     States m_seen;
+    Violations m_fault;
 };
 
 }  // namespace

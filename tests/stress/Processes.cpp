@@ -32,6 +32,30 @@ Ending endingOf(int status)
     return ending;
 }
 
+Ending waitWithin(pid_t pid, int milliseconds)
+{
+    const Clock::time_point deadline = Clock::now() + std::chrono::milliseconds(milliseconds);
+    for (;;) {
+        int status = 0;
+        const pid_t done = waitpid(pid, &status, WNOHANG);
+        if (done == pid)
+            return endingOf(status);
+        if (done < 0 && errno != EINTR)
+            throw std::runtime_error("waitpid failed");
+        if (Clock::now() >= deadline)
+            return Ending();
+        pauseMilliseconds(1);
+    }
+}
+
+void killAndReap(pid_t pid)
+{
+    kill(pid, SIGKILL);
+    int status = 0;
+    while (waitpid(pid, &status, 0) < 0 && errno == EINTR) {
+    }
+}
+
 // Starts the program with its standard output on `outputFd`.
 pid_t startWithOutput(const std::string& program, const std::vector<std::string>& args, int outputFd,
                       const Environment& environment = {})
@@ -91,36 +115,12 @@ pid_t startProgram(const std::string& path, const std::vector<std::string>& args
     return pid;
 }
 
-Ending waitWithin(pid_t pid, int milliseconds)
+Ending killUnlessEnded(pid_t pid, int milliseconds)
 {
-    const Clock::time_point deadline = Clock::now() + std::chrono::milliseconds(milliseconds);
-    for (;;) {
-        int status = 0;
-        const pid_t done = waitpid(pid, &status, WNOHANG);
-        if (done == pid)
-            return endingOf(status);
-        if (done < 0 && errno != EINTR)
-            throw std::runtime_error("waitpid failed");
-        if (Clock::now() >= deadline)
-            return Ending();
-        pauseMilliseconds(1);
-    }
-}
-
-Ending killUnlessEnded(pid_t pid)
-{
-    const Ending ending = waitWithin(pid, 0);
+    const Ending ending = waitWithin(pid, milliseconds);
     if (!ending.finished)
         killAndReap(pid);
     return ending;
-}
-
-void killAndReap(pid_t pid)
-{
-    kill(pid, SIGKILL);
-    int status = 0;
-    while (waitpid(pid, &status, 0) < 0 && errno == EINTR) {
-    }
 }
 
 // The output goes to an unlinked file rather than a pipe, so a child that writes much never
@@ -134,9 +134,7 @@ Ending runSelf(const std::vector<std::string>& args, int milliseconds, std::stri
         throw std::runtime_error("no file for a child's output");
     unlink(path);
     const pid_t pid = startWithOutput(zettest::kThisProgram, args, fd, environment);
-    const Ending ending = waitWithin(pid, milliseconds);
-    if (!ending.finished)
-        killAndReap(pid);
+    const Ending ending = killUnlessEnded(pid, milliseconds);
     output.clear();
     char chunk[4096];
     for (ssize_t got; (got = pread(fd, chunk, sizeof(chunk), static_cast<off_t>(output.size()))) > 0;)

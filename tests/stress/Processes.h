@@ -62,10 +62,8 @@ struct Ending {
 };
 std::string describe(const Ending& ending);
 
-Ending waitWithin(pid_t pid, int milliseconds);
-void killAndReap(pid_t pid);
-// Kills the process unless it has already ended; returns how it had ended, if it had.
-Ending killUnlessEnded(pid_t pid);
+// Kills the process unless it ends within the bound; returns how it had ended, if it had.
+Ending killUnlessEnded(pid_t pid, int milliseconds = 0);
 
 // Runs this program in a role, with the given variables set in its environment, and collects
 // its standard output, within a bound; on a timeout the child is killed.

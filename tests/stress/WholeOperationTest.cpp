@@ -211,45 +211,42 @@ public:
 
     // A check follows every kill, and every few kills one runs beside an endless operation:
     // what it sees must be a committed state too.
-    int run(const Operation& operation)
+    void run(const Operation& operation)
     {
+        const int before = fault.count();
         const Clock::time_point start = Clock::now();
-        if (!waitWithin(operation.start(0), 120000).succeeded()) {
-            std::cerr << "VIOLATION: a whole " << operation.what << " run failed\n";
-            return 1;
-        }
+        const Ending whole = killUnlessEnded(operation.start(0), 120000);
         const double length = std::chrono::duration<double, std::milli>(Clock::now() - start).count();
-        int faults = check(operation);
+        fault.expect(whole.succeeded(), "a whole " + operation.what + " run " + describe(whole));
+        check(operation);
         long ended = 0;
-        for (long kill = 0; kill < m_kills && faults == 0; ++kill) {
+        for (long kill = 0; kill < m_kills && fault.count() == before; ++kill) {
             const pid_t pid = operation.start(kill + 1);
-            faults += operation.endless && kill % 5 == 4 ? check(operation) : 0;
+            if (operation.endless && kill % 5 == 4)
+                check(operation);
             pauseMilliseconds(
                 static_cast<int>(std::uniform_real_distribution<double>(0, operation.spread * length)(m_random)));
             const Ending ending = killUnlessEnded(pid);
             ended += ending.finished;
-            if (ending.finished && (operation.endless || !ending.succeeded())) {
-                std::cerr << "VIOLATION: a " << operation.what << " run " << describe(ending) << " by itself\n";
-                ++faults;
-            }
-            faults += check(operation);
+            fault.expect(!ending.finished || (!operation.endless && ending.succeeded()),
+                         "a " + operation.what + " run " + describe(ending) + " by itself");
+            check(operation);
         }
         std::cout << "whole test, " << operation.what << " on " << operation.expected << " (seed " << m_seed
                   << "): " << m_kills << " runs, a whole one takes " << static_cast<long>(length) << " ms, "
-                  << m_kills - ended << " killed; "
-                  << (faults == 0 ? "no violation" : std::to_string(faults) + " violation(s)") << "\n";
-        return faults;
+                  << m_kills - ended << " killed; " << fault.count() - before << " violation(s)\n";
     }
 
+    Violations fault;
+
 private:
-    int check(const Operation& operation)
+    void check(const Operation& operation)
     {
         std::string output;
-        return runSelf({"whole-check", "--what", operation.what, "--expected", std::to_string(operation.expected)},
-                       60000, output)
-                       .succeeded()
-                   ? 0
-                   : 1;
+        const Ending ending =
+            runSelf({"whole-check", "--what", operation.what, "--expected", std::to_string(operation.expected)},
+                    60000, output);
+        fault.expect(ending.succeeded(), "the " + operation.what + " check " + describe(ending));
     }
 
     long m_kills;
@@ -263,20 +260,19 @@ int wholeDriver(const Options& options)
 {
     WholeDriver driver(options);
     const long records = options.number("records", 2000), values = options.number("values", 2000);
-    int faults = 0;
     {
         RunDirectory run;
         plantDatabase(records);
-        faults += driver.run({"fallback", records, [](long n) {
+        driver.run({"fallback", records, [](long n) {
                                   return startSelf({"whole-fallback-worker", "--cycles", n == 0 ? "1" : "0"});
                               }, 3, true});
     }
     const std::string tool = options.text("tool", "");
     RunDirectory run;
     const std::string files[] = {importFile(run.path(), 1, values), importFile(run.path(), 2, values)};
-    faults += driver.run({"import", values, [&](long n) { return startProgram(tool, {"reg", "import", files[n % 2]}); },
-                          1.2, false});
-    return faults == 0 ? 0 : 1;
+    driver.run({"import", values, [&](long n) { return startProgram(tool, {"reg", "import", files[n % 2]}); }, 1.2,
+                false});
+    return driver.fault.exitCode();
 }
 
 int wholeCheck(const Options& options)
