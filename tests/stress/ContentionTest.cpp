@@ -269,25 +269,22 @@ int contentionDriver(const Options& options)
         args.insert(args.end(), common.begin(), common.end());
         workers.push_back(startSelf(args));
     }
-    int faults = 0;
+    Violations fault;
     // Each worker stops taking new operations at the end of the run; one that is still going
     // long after has hung.
     const int bound = static_cast<int>(seconds * 1000 + 120000);
     for (std::size_t i = 0; i < workers.size(); ++i) {
         const Ending ending = killUnlessEnded(workers[i], bound);
-        if (!ending.succeeded())
-            std::cerr << "VIOLATION: worker process " << i << " " << describe(ending) << "\n";
-        faults += ending.succeeded() ? 0 : 1;
+        fault.expect(ending.succeeded(), "worker process " + std::to_string(i) + " " + describe(ending));
     }
     std::vector<std::string> args{"contention-check"};
     args.insert(args.end(), common.begin(), common.end());
     std::string summary;
     const Ending checked = runSelf(args, 120000, summary);
-    faults += checked.succeeded() ? 0 : 1;
+    fault.expect(checked.succeeded(), "the final check " + describe(checked));
     std::cout << "contention test: " << setup.processes << " processes x " << setup.threads << " threads for "
-              << seconds << " s; " << summary
-              << (faults == 0 ? "no violation" : "VIOLATIONS in " + std::to_string(faults) + " process(es)") << "\n";
-    return faults == 0 ? 0 : 1;
+              << seconds << " s; " << summary << fault.count() << " process(es) with violations\n";
+    return fault.exitCode();
 }
 
 }  // namespace zetstress

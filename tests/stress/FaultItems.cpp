@@ -34,11 +34,6 @@ int generationOf(const std::wstring& tag, const std::wstring& item)
     return static_cast<int>(order.incarnation);
 }
 
-int checked(bool whole, int generation)
-{
-    return whole ? generation : kTorn;
-}
-
 // Bytes of the directly written value: large in generation 1, so that its write grows the map.
 std::string directBlob(int generation)
 {
@@ -106,7 +101,7 @@ int readLogin()
     if (user.empty() && password.empty())
         return kAbsent;
     const int generation = generationOf(user, L"login");
-    return checked(generation >= 0 && password == passwordOf(generation) && enabled && keep && !dependent, generation);
+    return generation >= 0 && password == passwordOf(generation) && enabled && keep && !dependent ? generation : kTorn;
 }
 
 int readKeys()
@@ -132,7 +127,7 @@ int readChooser()
     for (int generation : {0, 1}) {
         const auto written = listForm(L"list" + std::to_wstring(generation) + L"-", 4, 1);
         if (first == written->entries.front().netName)
-            return checked(listFault(*list).empty() && list->entries.size() == 4, generation);
+            return listFault(*list).empty() && list->entries.size() == 4 ? generation : kTorn;
     }
     return kTorn;
 }
