@@ -68,17 +68,15 @@ struct Handle {
     const DWORD createError;
 };
 
-// Waits on the mutex from another thread; its result.
-DWORD waitFromAnotherThread(HANDLE handle, DWORD milliseconds)
+// Tries the mutex from another thread, which lets go of what it took; the result.
+DWORD tryFromAnotherThread(HANDLE handle)
 {
-    DWORD result = WAIT_FAILED;
-    std::thread other([&] {
-        result = WaitForSingleObject(handle, milliseconds);
-        if (result == WAIT_OBJECT_0 || result == WAIT_ABANDONED)
+    return std::async(std::launch::async, [handle] {
+        const DWORD result = WaitForSingleObject(handle, 0);
+        if (result == WAIT_OBJECT_0)
             ReleaseMutex(handle);
-    });
-    other.join();
-    return result;
+        return result;
+    }).get();
 }
 
 // args: mutex name, signal directory. Takes the mutex (abandoned or not) and holds it until
@@ -242,22 +240,18 @@ TEST_F(NamedMutexTest, HandlesOfOneNameInOneStoreShareOneMutexThatOnlyItsHolderR
         zettest::TestRegistry other;
         EXPECT_EQ(0, tryInChild()) << "another store, another mutex";
     }
-    BOOL releasedByOther = TRUE;
-    DWORD otherThreadsError = 0;
     SetLastError(ERROR_INVALID_DATA);
-    std::thread([&] {
-        releasedByOther = ReleaseMutex(first.handle);
-        otherThreadsError = GetLastError();
-    }).join();
-    EXPECT_FALSE(releasedByOther);
+    const DWORD otherThreadsError = std::async(std::launch::async, [&] {
+        return ReleaseMutex(first.handle) ? DWORD(0) : GetLastError();
+    }).get();
     EXPECT_EQ(static_cast<DWORD>(ERROR_NOT_OWNER), otherThreadsError);
     EXPECT_EQ(static_cast<DWORD>(ERROR_INVALID_DATA), GetLastError()) << "each thread has its own last error";
-    EXPECT_EQ(WAIT_TIMEOUT, waitFromAnotherThread(second.handle, 0));
+    EXPECT_EQ(WAIT_TIMEOUT, tryFromAnotherThread(second.handle));
     EXPECT_TRUE(ReleaseMutex(first.handle));
     SetLastError(0);
     EXPECT_FALSE(ReleaseMutex(first.handle));
     EXPECT_EQ(static_cast<DWORD>(ERROR_NOT_OWNER), GetLastError());
-    EXPECT_EQ(WAIT_OBJECT_0, waitFromAnotherThread(second.handle, 0));
+    EXPECT_EQ(WAIT_OBJECT_0, tryFromAnotherThread(second.handle));
     ASSERT_EQ(WAIT_OBJECT_0, WaitForSingleObject(first.handle, 0));
     const HANDLE closed = std::exchange(first.handle, nullptr);
     EXPECT_TRUE(CloseHandle(closed));

@@ -4,12 +4,10 @@
 // when their hashes collide); the process's table of open keys under many threads; and the
 // version reported from the emulated machine's settings in the store.
 #include <gtest/gtest.h>
-#include <lmdb.h>
-#include <stdlib.h>
 
 #include <atomic>
 #include <cstring>
-#include <filesystem>
+#include <memory>
 #include <string>
 #include <thread>
 #include <vector>
@@ -20,8 +18,10 @@
 #include "zetsettings/platform/posix/registry/HandleTable.h"
 #include "zetsettings/platform/posix/registry/NameIndex.h"
 #include "zetsettings/platform/posix/registry/Records.h"
+#include "zetsettings/platform/posix/registry/StoreCatalog.h"
 #include "zetsettings/platform/posix/registry/StoreFailure.h"
 #include "zetsettings/platform/posix/registry/WideText.h"
+#include "zetsettings/platform/posix/registry/WriteTransaction.h"
 #include "zetsettings/platform/tests/RegistryTestKeys.h"
 
 namespace zet {
@@ -78,48 +78,15 @@ TEST(WideText, EveryCharacterAndLoneSurrogateGoesThroughUtf16AndBackAndTheRestIs
     EXPECT_EQ(sizeof(wchar_t), WideText::storedToCallerBytes(reinterpret_cast<const unsigned char*>("a\0b"), 3));
 }
 
-uint64_t everyNameCollides(const std::u16string&)
-{
-    return 42;
-}
-
-// A scratch LMDB environment and one write transaction on it, aborted at the end.
-class ScratchTransaction {
-public:
-    ScratchTransaction()
-    {
-        char pattern[] = "/tmp/zetsettings-nameindex-XXXXXX";
-        m_directory = mkdtemp(pattern);
-        mdb_env_create(&m_env);
-        if (mdb_env_open(m_env, m_directory.c_str(), 0, 0600) != MDB_SUCCESS ||
-            mdb_txn_begin(m_env, nullptr, 0, &m_txn) != MDB_SUCCESS || mdb_dbi_open(m_txn, nullptr, 0, &m_dbi) != 0)
-            ADD_FAILURE() << "cannot set up LMDB";
-    }
-    ~ScratchTransaction()
-    {
-        mdb_txn_abort(m_txn);
-        mdb_env_close(m_env);
-        std::filesystem::remove_all(m_directory);
-    }
-
-    MDB_txn* txn() const { return m_txn; }
-    MDB_dbi dbi() const { return m_dbi; }
-
-private:
-    std::string m_directory;
-    MDB_env* m_env = nullptr;
-    MDB_txn* m_txn = nullptr;
-    MDB_dbi m_dbi = 0;
-};
-
-class NameIndexTest : public ::testing::Test {
+// An index on one write transaction of the test's store, aborted at the end.
+class NameIndexTest : public zettest::RegistryTest {
 protected:
-    void insert(NameIndex& index, const std::u16string& name, uint64_t id)
+    void insert(const std::u16string& name, uint64_t id)
     {
         index.insert(kOwner, CaseFolding::fold(name), SubkeyEntry::build(name, id));
     }
     // The id filed under the name, 0 if none.
-    uint64_t lookUp(NameIndex& index, const std::u16string& name)
+    uint64_t lookUp(const std::u16string& name)
     {
         NameIndex::Found found;
         if (!index.find(kOwner, CaseFolding::fold(name), found))
@@ -127,8 +94,11 @@ protected:
         return SubkeyEntry::idOf(NamedRecordView::parse(found.data));
     }
 
-    static const uint64_t kOwner = 7;
-    ScratchTransaction scratch;
+    static const uint64_t kOwner = uint64_t(1) << 40;  // no key of the store
+    const std::shared_ptr<Store> store = StoreCatalog::instance().current();
+    WriteTransaction scratch{*store};
+    NameIndex index{scratch.txn(), scratch.dbi(), RecordKeys::kSubkey,
+                    [](const std::u16string&) -> uint64_t { return 42; }};  // every name collides
 };
 
 // Names of 300 units that share their first 299, one without a case.
@@ -144,24 +114,23 @@ std::u16string longName(uint64_t number)
 // beginning, is another.
 TEST_F(NameIndexTest, NamesWhoseHashesCollideAreToldApartByTheWholeName)
 {
-    NameIndex index(scratch.txn(), scratch.dbi(), RecordKeys::kSubkey, &everyNameCollides);
     const std::u16string direct(RecordKeys::kDirectNameUnits, u'n');
-    insert(index, direct, 1000);
+    insert(direct, 1000);
     for (uint64_t number = 1; number <= 256; ++number)
-        insert(index, longName(number), number);
+        insert(longName(number), number);
     for (uint64_t number = 1; number <= 256; ++number)
-        EXPECT_EQ(number, lookUp(index, longName(number)));
-    EXPECT_EQ(1000u, lookUp(index, direct));
-    EXPECT_EQ(0u, lookUp(index, longName(257)));
-    EXPECT_THROW(insert(index, longName(257), 257), StoreFailure);
+        EXPECT_EQ(number, lookUp(longName(number)));
+    EXPECT_EQ(1000u, lookUp(direct));
+    EXPECT_EQ(0u, lookUp(longName(257)));
+    EXPECT_THROW(insert(longName(257), 257), StoreFailure);
 
     EXPECT_TRUE(index.erase(kOwner, CaseFolding::fold(longName(2))));
-    EXPECT_EQ(0u, lookUp(index, longName(2)));
-    insert(index, longName(257), 257);
-    EXPECT_EQ(257u, lookUp(index, longName(257)));
+    EXPECT_EQ(0u, lookUp(longName(2)));
+    insert(longName(257), 257);
+    EXPECT_EQ(257u, lookUp(longName(257)));
     EXPECT_TRUE(index.erase(kOwner, CaseFolding::fold(direct)));
-    EXPECT_EQ(0u, lookUp(index, direct));
-    EXPECT_EQ(3u, lookUp(index, longName(3)));
+    EXPECT_EQ(0u, lookUp(direct));
+    EXPECT_EQ(3u, lookUp(longName(3)));
 }
 
 using HandleThreads = zettest::RegistryTest;
@@ -211,8 +180,7 @@ protected:
 
     static OSVERSIONINFOEXW query()
     {
-        OSVERSIONINFOEXW info;
-        std::memset(&info, 0, sizeof(info));
+        OSVERSIONINFOEXW info{};
         info.dwOSVersionInfoSize = sizeof(info);
         EXPECT_TRUE(GetVersionExW(reinterpret_cast<OSVERSIONINFOW*>(&info)));
         return info;

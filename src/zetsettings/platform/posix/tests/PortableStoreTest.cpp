@@ -12,7 +12,6 @@
 #include <fstream>
 #include <functional>
 #include <memory>
-#include <random>
 #include <set>
 #include <string>
 #include <vector>
@@ -39,24 +38,14 @@ using zettest::ScopedKey;
 
 const wchar_t kKeyPath[] = L"Software\\ZetPortable";
 
-std::wstring blobName(const std::string& prefix, int number)
-{
-    return std::wstring(prefix.begin(), prefix.end()) + std::to_wstring(number);
-}
-
-std::vector<BYTE> blob(int number, size_t size)
-{
-    return std::vector<BYTE>(size, static_cast<BYTE>(number));
-}
-
 LONG writeBlobs(const std::string& prefix, int count, size_t size)
 {
     ScopedKey key;
     LONG status = zettest::createKey(HKEY_LOCAL_MACHINE, kKeyPath, key);
     for (int i = 0; i < count && status == ERROR_SUCCESS; ++i) {
-        const std::vector<BYTE> data = blob(i, size);
-        status = RegSetValueExW(key.get(), blobName(prefix, i).c_str(), 0, REG_BINARY, data.data(),
-                                static_cast<DWORD>(data.size()));
+        const std::vector<BYTE> data(size, static_cast<BYTE>(i));
+        const std::wstring name = zettest::widen(prefix) + std::to_wstring(i);
+        status = RegSetValueExW(key.get(), name.c_str(), 0, REG_BINARY, data.data(), static_cast<DWORD>(data.size()));
     }
     return status;
 }
@@ -71,11 +60,10 @@ int intactBlobs(const std::string& prefix, int count, size_t size)
     for (int i = 0; i < count; ++i) {
         std::vector<BYTE> data(size + 1);
         DWORD bytes = static_cast<DWORD>(data.size());
-        if (RegQueryValueExW(key.get(), blobName(prefix, i).c_str(), nullptr, nullptr, data.data(), &bytes) ==
-                ERROR_SUCCESS &&
-            bytes == size) {
-            data.resize(size);
-            intact += data == blob(i, size);
+        const std::wstring name = zettest::widen(prefix) + std::to_wstring(i);
+        if (RegQueryValueExW(key.get(), name.c_str(), nullptr, nullptr, data.data(), &bytes) == ERROR_SUCCESS) {
+            data.resize(bytes);
+            intact += data == std::vector<BYTE>(size, static_cast<BYTE>(i));
         }
     }
     return intact;
@@ -89,11 +77,7 @@ ZET_CHILD_SCENARIO(portable_write_blobs)
 
 void overwrite(const std::string& path, size_t size)
 {
-    std::mt19937 random(12345);
-    std::vector<char> garbage(size);
-    for (char& byte : garbage)
-        byte = static_cast<char>(random());
-    std::ofstream(path, std::ios::binary | std::ios::trunc).write(garbage.data(), static_cast<std::streamsize>(size));
+    std::ofstream(path, std::ios::binary | std::ios::trunc) << std::string(size, '\x5a');
 }
 
 // A plain LMDB database of someone else's in the directory.
@@ -261,9 +245,7 @@ TEST_F(PortableStore, NameLimitsCountUtf16UnitsAndAPathLongerThanUsualIsFoundInA
 {
     ScopedKey base = zettest::testKey(L"Limits");
     ScopedKey key;
-    std::wstring pairs;
-    for (int i = 0; i < 8191; ++i)
-        pairs += L"\U0001F600";
+    const std::wstring pairs(8191, L'\U0001F600');
     const std::wstring keyPairs = pairs.substr(0, 127);
     EXPECT_EQ(ERROR_SUCCESS, zettest::createKey(base.get(), keyPairs + L"x", key));  // 255 units
     EXPECT_EQ(ERROR_INVALID_PARAMETER, zettest::createKey(base.get(), keyPairs + L"\U0001F600", key));  // 256
@@ -332,10 +314,9 @@ TEST_F(PortableStore, AForkedChildWorksOnItsOwnAndLeavesTheParentWhole)
         DWORD value = 0;
         int failures = zettest::getDword(key.get(), L"Parent", value) != ERROR_SUCCESS || value != 1;
         failures |= (zettest::setDword(key.get(), L"ThroughInherited", 2) != ERROR_SUCCESS) << 1;
-        HKEY own = nullptr;
-        failures |= (RegOpenKeyExW(HKEY_LOCAL_MACHINE, kKeyPath, 0, KEY_ALL_ACCESS, &own) != ERROR_SUCCESS) << 2;
-        failures |= (zettest::setDword(own, L"ThroughOwn", 3) != ERROR_SUCCESS) << 3;
-        RegCloseKey(own);
+        ScopedKey own;
+        failures |= (zettest::openKey(HKEY_LOCAL_MACHINE, kKeyPath, own) != ERROR_SUCCESS) << 2;
+        failures |= (zettest::setDword(own.get(), L"ThroughOwn", 3) != ERROR_SUCCESS) << 3;
         failures |= (ReleaseMutex(mutex) || GetLastError() != ERROR_NOT_OWNER) << 4;
         failures |= (WaitForSingleObject(mutex, 0) != WAIT_TIMEOUT) << 5;
         return failures;
