@@ -10,7 +10,6 @@ using namespace zettooltest;
 
 namespace {
 
-const std::string kBase = "HKLM\\Software\\Orvane\\QXL";
 const std::string kShownBase = "HKEY_LOCAL_MACHINE\\Software\\Orvane\\QXL";
 
 class RegCommand : public ToolTest {
@@ -152,19 +151,36 @@ TEST_F(RegCommand, ABadFileImportsNothing)
         std::string text;
         std::string message;
     } files[] = {
-        {header + "\"Big\"=dword:123456789\r\n", "line 6"},
-        {header + "\"Cut\"=hex:01,02,\\", "line 6"},
-        {header + "[HKEY_CURRENT_CONFIG\\x]\r\n", "outside the registry's roots"},
+        {header + "\"Big\"=dword:123456789\r\n", "line 6: the number of a dword: is out of range"},
+        {header + "\"Cut\"=hex:01,02,\\", "line 6: hex data continues past the end of the file"},
+        // Cut inside a continued value, where the last line still reads as whole.
+        {header + "\"c\"=hex:01,02,\\\r\n  03,0", "line 7: the file ends inside continued hex data"},
+        {header + "\"a\"=\"cut in the mid", "line 6: a string without its closing quote"},
+        {header + "\"a\"=dword:", "line 6: dword: without hex digits"},
+        {header + "\"a\"=hex:01,zz", "line 6: not a hex byte"},
+        {header + "\"a\"=\"\\q\"", "line 6: an unknown escape"},
+        {header + "\"a\"=word:1", "line 6: value data that is neither"},
+        {header + "[\"HKEY_LOCAL_MACHINE\\\\a\" x]", "line 6: a quoted key name must be followed by ]"},
+        {header + "[HKEY_CURRENT_CONFIG\\x]\r\n", "line 6: the key HKEY_CURRENT_CONFIG\\x lies outside the registry"},
+        {header + "[HKEY_LOCAL_MACHINE\\a\\\\b]", "line 6: the key HKEY_LOCAL_MACHINE\\a\\\\b has an empty name"},
+        {header + "[HKEY_LOCAL_MACHINE\\a", "line 6: a key line without its closing ]"},
+        {header + "[-HKCU\\x]\r\n\"a\"=\"x\"", "line 7: a value under a key that the file removes"},
+        {"Windows Registry Editor Version 5.00\r\n\"a\"=\"x\"", "line 2: a value before any [key] line"},
+        {"REGEDIT 5\r\n", "line 1: not a .reg file"},
         // Passes the reader; the registry refuses the name's length while applying.
         {header + "\"" + std::string(17000, 'n') + "\"=\"x\"\r\n", "Error accessing the registry"},
         // Data that the registry would keep only in part.
         {header + "\"s\"=hex(1):61,00,62\r\n", "would lose the last byte"},
         {header + "\"m\"=hex(7):61,00,00,00,00\r\n", "would lose the last byte"},
-        {header + "\"c\"=hex:01,02,\\\r\n  03,0", "ends inside continued hex data"},
-        {before + "x", "a UTF-16 file with an odd number of bytes"},  // mis-encoded: UTF-16 with an odd byte count
+        // Cut or mis-encoded as a whole: no line to blame.
+        {"", "bad.reg: the file is empty"},
+        {before + "x", "bad.reg: the file is cut or mis-encoded: a UTF-16 file with an odd number of bytes"},
+        {std::string("W\0i\0", 4), "bad.reg: the file is mis-encoded: it holds NUL bytes but no"},
+        // 8-bit text that is not UTF-8 is Windows-1252 in REGEDIT4 files alone.
+        {header + "\"a\"=\"\xC3\x28\"\r\n", "bad.reg: the file is mis-encoded: its 8-bit text is not valid UTF-8"},
     };
     for (const auto& file : files) {
-        writeFile(scratch("bad.reg"), file.text);  // UTF-8, as other tools write them
+        writeFile(scratch("bad.reg"), file.text);  // UTF-8 mostly, as other tools write them
         expectSteps({{{"reg", "import", scratch("bad.reg")}, file.message, 1}});
         EXPECT_EQ(exportAll("after.reg"), before) << file.message;
     }

@@ -102,9 +102,8 @@ TEST_F(StoreAdmin, InitMakesEveryFileWithTheDeploymentsOwnersAndModesOnceAndSays
         ok(c.args);
         const std::string group = me + std::to_string(c.group) + " ";
         EXPECT_EQ(group + c.directory, modeOf(store));
-        EXPECT_EQ(group + c.data, modeOf(store + "/data.mdb"));
-        EXPECT_EQ(group + c.data, modeOf(store + "/lock.mdb"));
-        EXPECT_EQ(group + c.data, modeOf(store + "/mutex-zetPreferredNetMutex.lock"));
+        for (const char* file : {"/data.mdb", "/lock.mdb", "/mutex-zetPreferredNetMutex.lock"})
+            EXPECT_EQ(group + c.data, modeOf(store + file)) << file;
         EXPECT_EQ(group + c.key, modeOf(store + ".key"));
 
         const auto before = snapshot(fs::path(store).parent_path());
@@ -198,12 +197,9 @@ TEST_F(StoreAdminAcrossUsers, AnOutsiderIsTurnedAwayAndChangesNoFileAndCreatesNo
             EXPECT_EQ("", refused.out) << command[0];
         }
         EXPECT_EQ(before, snapshot(folder()));
-        if (withKey) {
-            EXPECT_TRUE(shows("secret"));
-        } else {
+        if (!withKey)
             setPassword("made by root");  // root may write, so root makes the key now
-            EXPECT_TRUE(shows("made by root", member()));
-        }
+        EXPECT_TRUE(shows(withKey ? "secret" : "made by root", member()));
     }
 }
 

@@ -9,7 +9,6 @@ using namespace zettooltest;
 
 namespace {
 
-const std::string kBase = "HKLM\\Software\\Orvane\\QXL";
 const std::string kNdis = "HKLM\\SYSTEM\\CurrentControlSet\\Control\\Network";
 const char kMissing[] = "unable to find";
 
@@ -143,14 +142,13 @@ TEST_F(StoreCommands, AStoreThatCantBeUsedIsNamedAndFailsEveryCommand)
         settings.push_back({{{}, kOutsider}, "may not write it"});
     else
         std::cout << "[  SKIPPED ] the run without rights needs root and a tool that other users can start\n";
-    for (const auto& setting : settings) {
+    for (const auto& setting : settings)
         for (const auto& command : commands) {
             const ToolResult result = runTool(command, setting.first);
             EXPECT_EQ(result.status, 1) << setting.second << ": " << command[0] << " " << command[1];
             EXPECT_TRUE(contains(result.err, "can't use the store") && contains(result.err, setting.second)) << result.err;
             EXPECT_EQ(result.out, "") << setting.second << ": " << command[0];
         }
-    }
     // reg reads what the process may read; the data was never lost.
     if (otherUsersCanRunTheTool()) {
         EXPECT_TRUE(contains(runTool({"reg", "query", kBase + "\\NetworkSettings"}, settings.back().first).out, "Net_"));

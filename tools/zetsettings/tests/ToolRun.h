@@ -16,6 +16,9 @@ struct ToolResult {
     std::string err;
 };
 
+// The key the product's settings live under.
+inline const std::string kBase = "HKLM\\Software\\Orvane\\QXL";
+
 // setpriv's options for nobody without groups: a user that may read a store made on the fly, not
 // write it, and may not enter a group store.
 inline const std::vector<std::string> kOutsider = {"--reuid=65534", "--regid=65534", "--clear-groups"};

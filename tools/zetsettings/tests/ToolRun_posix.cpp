@@ -54,11 +54,7 @@ ToolResult runTool(const std::vector<std::string>& args, const ToolSetting& sett
     int status = 0;
     waitpid(child, &status, 0);
     std::fclose(files[0]);
-    ToolResult result;
-    result.out = contentOf(files[1]);
-    result.err = contentOf(files[2]);
-    result.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    return result;
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, contentOf(files[1]), contentOf(files[2])};
 }
 
 bool otherUsersCanRunTheTool()
