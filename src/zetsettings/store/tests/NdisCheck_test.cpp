@@ -80,8 +80,9 @@ TEST_F(NdisCheckTest, TheLastEntryDecidesAndAWrongListIsRewrittenWithFailoverLas
         // "alpha|Beta|failover||" is 21 characters, 42 bytes on Windows.
         EXPECT_EQ(c.after ? bytesOf(c.after) : before.data, after.data);
         EXPECT_EQ(c.after ? static_cast<DWORD>(REG_MULTI_SZ) : before.type, after.type);
-        if (c.after)
+        if (c.after) {
             EXPECT_TRUE(ZETSettings::checkNdisStackingOrder());  // now failover stands last
+        }
     }
 }
 
