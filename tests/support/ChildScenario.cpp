@@ -44,8 +44,7 @@ int runChildScenario(int argc, char** argv)
 
 int runChild(const std::string& scenario, const std::vector<std::string>& args)
 {
-    ChildProcess child(scenario, args);
-    return child.wait();
+    return ChildProcess(scenario, args).wait();
 }
 
 }  // namespace zettest

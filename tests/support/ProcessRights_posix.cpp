@@ -7,9 +7,7 @@
 
 namespace zettest {
 
-namespace {
 const uid_t kNobody = 65534;
-}
 
 bool canDropPrivileges()
 {
@@ -18,9 +16,7 @@ bool canDropPrivileges()
 
 bool becomeUnprivileged()
 {
-    if (geteuid() != 0)
-        return false;
-    return setgroups(0, nullptr) == 0 && setgid(kNobody) == 0 && setuid(kNobody) == 0;
+    return geteuid() == 0 && setgroups(0, nullptr) == 0 && setgid(kNobody) == 0 && setuid(kNobody) == 0;
 }
 
 // The key belongs to its store: the unprivileged user reads it as a member of the store's group,
@@ -35,10 +31,8 @@ MachineKeyLoan::MachineKeyLoan(const std::string& storeDirectory)
 
 MachineKeyLoan::~MachineKeyLoan()
 {
-    if (geteuid() != 0)
-        return;
-    if (chown(m_keyFile.c_str(), 0, 0) != 0 || chmod(m_keyFile.c_str(), 0600) != 0 ||
-        chown(m_storeDirectory.c_str(), 0, 0) != 0 || chmod(m_storeDirectory.c_str(), 0755) != 0)
+    if (geteuid() == 0 && (chown(m_keyFile.c_str(), 0, 0) != 0 || chmod(m_keyFile.c_str(), 0600) != 0 ||
+                           chown(m_storeDirectory.c_str(), 0, 0) != 0 || chmod(m_storeDirectory.c_str(), 0755) != 0))
         ADD_FAILURE() << "the machine key stays lent";
 }
 

@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <string>
 
 namespace zettest {
@@ -31,8 +32,7 @@ public:
 private:
     std::string m_root;
     std::string m_storeDirectory;
-    std::string m_previous;
-    bool m_hadPrevious = false;
+    std::optional<std::string> m_previous;  // the store directory the process had before
 };
 
 // Base of every test that touches the registry.

@@ -18,17 +18,15 @@ TestRegistry::TestRegistry()
     chmod(m_root.c_str(), 0755);
     // The machine key lives beside the store, never in it: keep both inside the test's folder.
     m_storeDirectory = m_root + "/store";
-    if (const char* previous = getenv("ZET_REGISTRY_DIR")) {
+    if (const char* previous = getenv("ZET_REGISTRY_DIR"))
         m_previous = previous;
-        m_hadPrevious = true;
-    }
     setenv("ZET_REGISTRY_DIR", m_storeDirectory.c_str(), 1);
 }
 
 TestRegistry::~TestRegistry()
 {
-    if (m_hadPrevious)
-        setenv("ZET_REGISTRY_DIR", m_previous.c_str(), 1);
+    if (m_previous)
+        setenv("ZET_REGISTRY_DIR", m_previous->c_str(), 1);
     else
         unsetenv("ZET_REGISTRY_DIR");
     std::error_code ignored;

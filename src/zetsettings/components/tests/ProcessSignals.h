@@ -27,12 +27,6 @@ inline std::string uniqueToken()
     return token;
 }
 
-inline std::wstring uniqueMutexName(const std::string& purpose)
-{
-    const std::string name = "zettest-" + purpose + "-" + uniqueToken();
-    return std::wstring(name.begin(), name.end());
-}
-
 inline std::string narrow(const std::wstring& text)
 {
     return std::string(text.begin(), text.end());
@@ -41,6 +35,11 @@ inline std::string narrow(const std::wstring& text)
 inline std::wstring widen(const std::string& text)
 {
     return std::wstring(text.begin(), text.end());
+}
+
+inline std::wstring uniqueMutexName(const std::string& purpose)
+{
+    return widen("zettest-" + purpose + "-" + uniqueToken());
 }
 
 // Polls until the condition holds; false if it still doesn't after the limit.

@@ -89,11 +89,9 @@ TEST_F(NetworkSettingsTest, StoredBytesThatAreNoProfileGivePartialOrDefaultRecor
     EXPECT_EQ(plainForm(ZETNetworkSettings()), formOf(ZETSettings::getNetworkSettings(L"junk")));
 
     // Text and flags only: the buffers stay at their defaults.
-    ZETNetworkSettings cut;
-    cut.profileText = L"ab";
-    cut.profileFlag4 = 9;
-    writeRaw(kNetworkSettings, L"cut_0", plainForm(cut).substr(0, 12));
-    EXPECT_EQ(plainForm(cut), formOf(ZETSettings::getNetworkSettings(L"cut")));
+    const Profile cut = zetserialtest::networkRecord(L"ab", 0, 0, 0, 9);
+    writeRaw(kNetworkSettings, L"cut_0", plainForm(*cut).substr(0, 12));
+    EXPECT_EQ(plainForm(*cut), formOf(ZETSettings::getNetworkSettings(L"cut")));
 
     // A protected member that was never encrypted doesn't decrypt; the rest still reads.
     writeRaw(kNetworkSettings, L"raw_0", plainForm(*makeProfile(L"raw", "not a ciphertext")));

@@ -35,6 +35,9 @@ std::wstring storedLogin()
 
 using zetserialtest::loginRecord;
 
+// Bytes that are no ciphertext of this machine's.
+const std::string foreign(80, '\x33');
+
 class ProtectedValueStoresTest : public zettest::RegistryTest {};
 
 TEST_F(ProtectedValueStoresTest, FallbackKeysAreReadAndReplacedAsOneSet)
@@ -116,7 +119,6 @@ TEST_F(ProtectedValueStoresTest, TheLoginSwitchesDecideWhatIsStoredAndRemovalLea
 
 TEST_F(ProtectedValueStoresTest, BadStoredValuesReadAsFarAsTheyGoAndLoseNoReadableRecord)
 {
-    const std::string foreign(80, '\x33');
     for (const wchar_t* name : {L"FallbackKeys", L"UserSettings", L"LoginSettings"})
         writeRaw(kBase, name, foreign);
     EXPECT_TRUE(ZETSettings::getFallbackKeySettings()->empty());
@@ -146,7 +148,6 @@ TEST_F(ProtectedValueStoresTest, BadStoredValuesReadAsFarAsTheyGoAndLoseNoReadab
 // A map made under another key (here: bytes that are no ciphertext) holds nothing readable.
 TEST_F(ProtectedValueStoresTest, AUserMapThatDoesntDecryptIsAbsentAndTheNextUserSavedStartsANewOne)
 {
-    const std::string foreign(80, '\x33');
     writeRaw(kBase, L"UserSettings", foreign);
     ZETSettings::removeUserSettings(L"judy");
     EXPECT_EQ(foreign, rawValue(kBase, L"UserSettings"));
@@ -197,10 +198,9 @@ TEST_F(ProtectedValueStoresTest, NoSecretStandsInTheClearAfterAnyWrite)
 // rights shows the same.
 TEST_F(ProtectedValueStoresTest, ARefusedWriteReachesOnlyTheCallerOfTheFallbackKeys)
 {
-    HKEY orvane = 0;
-    if (RegCreateKeyExW(HKEY_LOCAL_MACHINE, L"Software\\Orvane", 0, 0, REG_OPTION_VOLATILE, KEY_ALL_ACCESS, 0,
-                        &orvane, 0) == ERROR_SUCCESS)
-        RegCloseKey(orvane);
+    zettest::ScopedKey orvane;
+    RegCreateKeyExW(HKEY_LOCAL_MACHINE, L"Software\\Orvane", 0, 0, REG_OPTION_VOLATILE, KEY_ALL_ACCESS, 0,
+                    orvane.out(), 0);
     EXPECT_NO_THROW(ZETSettings::setLoginData(L"user", L"pw", true, true, true));
     EXPECT_NO_THROW(ZETSettings::setUserSettings(L"user", userRecord(L"text")));
     if (keyExists(kBase))

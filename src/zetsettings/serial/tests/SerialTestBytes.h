@@ -46,13 +46,8 @@ inline Bytes operator+(Bytes a, const Bytes& b)
 // The counted forms of this library's byte types: u32 LE count, then the bytes.
 inline Bytes counted(const std::string& bytes)
 {
-    const uint32_t n = static_cast<uint32_t>(bytes.size());
-    Bytes out(4 + bytes.size());
-    for (int i = 0; i < 4; ++i)
-        out[static_cast<std::size_t>(i)] = static_cast<uint8_t>(n >> (8 * i));
-    for (std::size_t i = 0; i < bytes.size(); ++i)
-        out[4 + i] = static_cast<uint8_t>(bytes[i]);
-    return out;
+    const auto n = static_cast<uint32_t>(bytes.size());
+    return Bytes{uint8_t(n), uint8_t(n >> 8), uint8_t(n >> 16), uint8_t(n >> 24)} + Bytes(bytes.begin(), bytes.end());
 }
 
 // serialize into room for getSerLength bytes behind which a guard stands; the guard must

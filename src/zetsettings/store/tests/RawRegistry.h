@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "zetsettings/platform/Win32.h"
+#include "zetsettings/platform/tests/RegistryTestKeys.h"
 
 namespace rawreg {
 
@@ -19,28 +19,23 @@ struct RawValue {
 
 inline bool keyExists(const std::wstring& path)
 {
-    HKEY key = 0;
-    if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, path.c_str(), 0, KEY_READ, &key) != ERROR_SUCCESS)
-        return false;
-    RegCloseKey(key);
-    return true;
+    zettest::ScopedKey key;
+    return zettest::openKey(HKEY_LOCAL_MACHINE, path, key, KEY_READ) == ERROR_SUCCESS;
 }
 
 inline RawValue read(const std::wstring& path, const std::wstring& name)
 {
     RawValue value;
-    HKEY key = 0;
-    value.status = RegOpenKeyExW(HKEY_LOCAL_MACHINE, path.c_str(), 0, KEY_READ, &key);
-    if (value.status != ERROR_SUCCESS)
-        return value;
+    zettest::ScopedKey key;
+    value.status = zettest::openKey(HKEY_LOCAL_MACHINE, path, key, KEY_READ);
     DWORD size = 0;
-    value.status = RegQueryValueExW(key, name.c_str(), 0, &value.type, 0, &size);
+    if (value.status == ERROR_SUCCESS)
+        value.status = RegQueryValueExW(key.get(), name.c_str(), 0, &value.type, 0, &size);
     if (value.status == ERROR_SUCCESS) {
         value.data.resize(size);
-        value.status = RegQueryValueExW(key, name.c_str(), 0, &value.type, value.data.data(), &size);
+        value.status = RegQueryValueExW(key.get(), name.c_str(), 0, &value.type, value.data.data(), &size);
         value.data.resize(size);
     }
-    RegCloseKey(key);
     return value;
 }
 
@@ -68,13 +63,11 @@ inline std::wstring stored(const std::wstring& path, const std::wstring& name)
 // Creates the key if needed.
 inline LSTATUS write(const std::wstring& path, const std::wstring& name, DWORD type, const void* data, DWORD size)
 {
-    HKEY key = 0;
-    LSTATUS status = RegCreateKeyExW(HKEY_LOCAL_MACHINE, path.c_str(), 0, 0, 0, KEY_ALL_ACCESS, 0, &key, 0);
+    zettest::ScopedKey key;
+    const LSTATUS status = zettest::createKey(HKEY_LOCAL_MACHINE, path, key);
     if (status != ERROR_SUCCESS)
         return status;
-    status = RegSetValueExW(key, name.c_str(), 0, type, static_cast<const BYTE*>(data), size);
-    RegCloseKey(key);
-    return status;
+    return RegSetValueExW(key.get(), name.c_str(), 0, type, static_cast<const BYTE*>(data), size);
 }
 
 inline LSTATUS writeText(const std::wstring& path, const std::wstring& name, const std::wstring& text)
