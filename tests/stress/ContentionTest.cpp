@@ -105,8 +105,9 @@ private:
         bool wrapped = false;
         const boost::shared_ptr<ZETPreferredNetEntry> entry = ZETSettings::nextChooserPreferredNet(false, wrapped);
         unsigned index = 0;
-        if (!entry || !isEntryForm(*entry) || swscanf(entry->netName.c_str(), L"walk-e%u", &index) != 1 ||
-            index >= m_setup.walkLength || entry->netName != walkName(index))
+        if (!entry || !sameForm(*entry, entryForm(entry->netName)) ||
+            swscanf(entry->netName.c_str(), L"walk-e%u", &index) != 1 || index >= m_setup.walkLength ||
+            entry->netName != walkName(index))
             return fault("the walk handed out '" + (entry ? narrow(entry->netName) : std::string("nothing")) + "'");
         const unsigned place = index + 1;
         ++m_written.places[place];
@@ -203,8 +204,6 @@ unsigned long checkWalk(const std::vector<unsigned long>& places, unsigned n, Vi
     return steps;
 }
 
-}  // namespace
-
 int contentionWorker(const Options& options)
 {
     const Setup setup = setupOf(options);
@@ -258,15 +257,17 @@ int contentionDriver(const Options& options)
         return 1;
     }
 
-    const std::vector<std::string> common{"--processes", std::to_string(setup.processes), "--threads",
-                                          std::to_string(setup.threads), "--walk", std::to_string(setup.walkLength),
-                                          "--run", run.path()};
+    // The check takes the setup; each worker takes it too, with options of its own behind.
+    const std::vector<std::string> check{"contention-check", "--processes", std::to_string(setup.processes),
+                                         "--threads", std::to_string(setup.threads), "--walk",
+                                         std::to_string(setup.walkLength), "--run", run.path()};
     std::random_device entropy;
     std::vector<pid_t> workers;
     for (long process = 0; process < setup.processes; ++process) {
-        std::vector<std::string> args{"contention-worker", "--index", std::to_string(process), "--seconds",
-                                      std::to_string(seconds), "--seed", std::to_string(entropy())};
-        args.insert(args.end(), common.begin(), common.end());
+        std::vector<std::string> args = check;
+        args[0] = "contention-worker";
+        args.insert(args.end(), {"--index", std::to_string(process), "--seconds", std::to_string(seconds), "--seed",
+                                 std::to_string(entropy())});
         workers.push_back(startSelf(args));
     }
     Violations fault;
@@ -277,14 +278,14 @@ int contentionDriver(const Options& options)
         const Ending ending = killUnlessEnded(workers[i], bound);
         fault.expect(ending.succeeded(), "worker process " + std::to_string(i) + " " + describe(ending));
     }
-    std::vector<std::string> args{"contention-check"};
-    args.insert(args.end(), common.begin(), common.end());
-    std::string summary;
-    const Ending checked = runSelf(args, 120000, summary);
-    fault.expect(checked.succeeded(), "the final check " + describe(checked));
+    const std::string summary = runChecked(check, 120000, fault, "the final check");
     std::cout << "contention test: " << setup.processes << " processes x " << setup.threads << " threads for "
               << seconds << " s; " << summary << fault.count() << " process(es) with violations\n";
     return fault.exitCode();
 }
 
+const bool kRoles = addRoles({{"contention", contentionDriver}, {"contention-worker", contentionWorker},
+                              {"contention-check", contentionCheck}});
+
+}  // namespace
 }  // namespace zetstress

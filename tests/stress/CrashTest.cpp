@@ -136,8 +136,9 @@ private:
     {
         std::ofstream(operationsFile(slot), std::ios::trunc);
         m_workers[static_cast<std::size_t>(slot)] =
-            startSelf({"crash-worker", "--slot", std::to_string(slot), "--incarnation", std::to_string(++m_incarnations),
-                       "--seed", std::to_string(m_random()), "--operations", operationsFile(slot)});
+            startSelf({"crash-worker", "--slot", std::to_string(slot), "--incarnation",
+                       std::to_string(++m_incarnations), "--seed", std::to_string(m_random()), "--operations",
+                       operationsFile(slot)});
     }
 
     // A worker that ended by itself before the kill failed, and that is a finding too.
@@ -152,16 +153,15 @@ private:
     // A check that hangs waits for the store or the named mutex.
     void check()
     {
-        std::string output;
-        const Ending ending = runSelf({"crash-check", "--workers", std::to_string(m_slots)}, m_checkBound, output);
+        const int before = m_fault.count();
+        std::istringstream lines(runChecked({"crash-check", "--workers", std::to_string(m_slots)}, m_checkBound,
+                                            m_fault, "the check after kill " + std::to_string(m_killed)));
         ++m_checks;
-        m_fault.expect(ending.succeeded(), "the check after kill " + std::to_string(m_killed) + " " + describe(ending));
-        if (!ending.finished)
+        if (m_fault.count() != before)
             return;
         // What was seen whole must still be there, and a profile, which one writer process at
         // a time owns, never goes back to an older write.
         States now;
-        std::istringstream lines(output);
         for (std::string line; std::getline(lines, line);)
             parseState(line, now);
         compareStates(m_seen, now, false, m_fault);
@@ -197,8 +197,6 @@ private:
     Violations m_fault;
 };
 
-}  // namespace
-
 int crashWorker(const Options& options)
 {
     const int done = open(options.text("operations", "").c_str(), O_WRONLY | O_APPEND | O_CLOEXEC);
@@ -220,9 +218,8 @@ int crashCheck(const Options& options)
     return fault.exitCode();
 }
 
-int crashDriver(const Options& options)
-{
-    return CrashDriver(options).run();
-}
+const bool kRoles = addRoles({{"crash", [](const Options& options) { return CrashDriver(options).run(); }},
+                              {"crash-worker", crashWorker}, {"crash-check", crashCheck}});
 
+}  // namespace
 }  // namespace zetstress

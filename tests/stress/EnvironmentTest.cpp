@@ -123,7 +123,8 @@ int fullDiskOn(const fs::path& folder)
     large->plainBlob = ZETBuf(std::string(256 * 1024, 'p').data(), 256 * 1024);
     ZETSettings::setNetworkSettings(L"LargeNet", large);
     const auto stored = ZETSettings::getNetworkSettings(L"LargeNet");
-    verdict.expect(!stored || stored->plainBlob.getSize() != 256 * 1024, "a profile too large for the disk isn't stored");
+    verdict.expect(!stored || stored->plainBlob.getSize() != 256 * 1024,
+                   "a profile too large for the disk isn't stored");
     verdict.expect(allItemsRead(0), "every item stored before reads back whole:" + statesOfItems());
     for (int index = 0; index < filled; ++index)
         verdict.expect(fillIntact(index), "filling value " + std::to_string(index) + " reads back whole");
@@ -138,8 +139,6 @@ int fullDiskOn(const fs::path& folder)
     return verdict.exitCode();
 }
 
-}  // namespace
-
 // The store folder named by ZET_REGISTRY_DIR can't be made: every setter fails in silence (the
 // fallback keys' reports the registry's refusal where it is one), those under the named mutex
 // throw; nothing is read, nothing is made.
@@ -150,8 +149,8 @@ int unmadeStoreCase(const Options& options)
         return 3;
     const fs::path store = getenv("ZET_REGISTRY_DIR");
     HKEY key = nullptr;
-    const LONG created =
-        RegCreateKeyExW(HKEY_LOCAL_MACHINE, L"Software\\Orvane\\QXL", 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr);
+    const LONG created = RegCreateKeyExW(HKEY_LOCAL_MACHINE, L"Software\\Orvane\\QXL", 0, nullptr, 0, KEY_ALL_ACCESS,
+                                         nullptr, &key, nullptr);
     std::cout << "unmade-store: RegCreateKeyExW gave " << created << "\n";
     verdict.expect(created != ERROR_SUCCESS, "RegCreateKeyExW fails");
     for (const Item& item : items()) {
@@ -175,20 +174,6 @@ int unmadeStoreCase(const Options& options)
     return verdict.exitCode();
 }
 
-namespace {
-
-int runCase(const char* test, const std::vector<std::string>& args)
-{
-    std::string output;
-    const Ending ending = runSelf(args, 30000, output);
-    std::cout << output;
-    if (!ending.succeeded())
-        std::cerr << test << ": the case " << args[0] << " " << describe(ending) << "\n";
-    return ending.succeeded() ? 0 : 1;
-}
-
-}  // namespace
-
 int fullDisk(const Options&)
 {
     // A mount of our own, seen by nobody else and gone with the process.
@@ -205,19 +190,19 @@ int unmadeStore(const Options&)
 {
     RunDirectory run("unmade");
     const fs::path folder = run.path();
-    int result = 0;
+    Violations verdict("unmade-store: ");
     // Under a plain file: no one can make a folder there.
     std::ofstream((folder / "file").string()) << "not a folder";
     setenv("ZET_REGISTRY_DIR", (folder / "file" / "store").c_str(), 1);
-    result |= runCase("unmade-store", {"unmade-store-case"});
+    std::cout << runChecked({"unmade-store-case"}, 30000, verdict, "the case under a file");
     // Under a folder that only its owner, root, may write: a user without the right.
     if (geteuid() != 0)
-        return result | skipped("unmade-store", "not root: no other user to act as");
+        return verdict.exitCode() | skipped("unmade-store", "not root: no other user to act as");
     fs::create_directory(folder / "closed");
     chmod((folder / "closed").c_str(), 0755);
     setenv("ZET_REGISTRY_DIR", (folder / "closed" / "store").c_str(), 1);
-    result |= runCase("unmade-store", {"unmade-store-case", "--as-nobody", "1"});
-    return result;
+    std::cout << runChecked({"unmade-store-case", "--as-nobody", "1"}, 30000, verdict, "the case of another user");
+    return verdict.exitCode();
 }
 
 // A process that may use the store but not read the machine key: it gets no secret, and the
@@ -233,7 +218,8 @@ int unreadableKeyCase(const Options&)
         if (name == "user" || name == "login" || name == "keys")
             verdict.expect(state == kAbsent, name + " gives nothing, got " + nameOfState(state));
         else if (name == "profile")
-            verdict.expect(state == kWithoutSecret, "the profile comes without its secret, got " + nameOfState(state));
+            verdict.expect(state == kWithoutSecret,
+                           "the profile comes without its secret, got " + nameOfState(state));
         else
             verdict.expect(state == 0, name + " reads as stored, got " + nameOfState(state));
     }
@@ -253,9 +239,14 @@ int unreadableKey(const Options&)
         verdict.expect(chown(entry.path().c_str(), kNobody, kNobody) == 0, "the store is handed over");
     verdict.expect(chown(store.c_str(), kNobody, kNobody) == 0, "the store is handed over");
     const std::string key = fileBytes(folder / "store.key");
-    verdict.expect(runCase("unreadable-key", {"unreadable-key-case"}) == 0, "the other user's reads");
+    std::cout << runChecked({"unreadable-key-case"}, 30000, verdict, "the other user's reads");
     verdict.expect(fileBytes(folder / "store.key") == key, "the key is left as it was");
     return verdict.exitCode();
 }
 
+const bool kRoles = addRoles({{"full-disk", fullDisk}, {"unmade-store", unmadeStore},
+                              {"unmade-store-case", unmadeStoreCase}, {"unreadable-key", unreadableKey},
+                              {"unreadable-key-case", unreadableKeyCase}});
+
+}  // namespace
 }  // namespace zetstress

@@ -34,6 +34,15 @@ int generationOf(const std::wstring& tag, const std::wstring& item)
     return static_cast<int>(order.incarnation);
 }
 
+// The generation for which `matches` holds, or kTorn.
+int generationWhere(const std::function<bool(int generation)>& matches)
+{
+    for (int generation : {0, 1})
+        if (matches(generation))
+            return generation;
+    return kTorn;
+}
+
 // Bytes of the directly written value: large in generation 1, so that its write grows the map.
 std::string directBlob(int generation)
 {
@@ -50,21 +59,23 @@ std::wstring fallbackKeyText(int generation)
     return L"fallback-key-" + std::to_wstring(generation) + L"-Heron\u00df";
 }
 
-Reported byCode(LONG code)
+Reported byCode(LONG code, Reported success = Reported::Success)
 {
-    return code == ERROR_SUCCESS ? Reported::Success : Reported::Failure;
+    return code == ERROR_SUCCESS ? success : Reported::Failure;
 }
 
+// Prints the code that a caller of the registry sees, for the fault test to check.
 LONG writeDirect(int generation)
 {
     HKEY key = nullptr;
     LONG code = RegCreateKeyExW(HKEY_LOCAL_MACHINE, kDirectKey, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr);
-    if (code != ERROR_SUCCESS)
-        return code;
     const std::string bytes = directBlob(generation);
-    code = RegSetValueExW(key, L"Blob", 0, REG_BINARY, reinterpret_cast<const BYTE*>(bytes.data()),
-                          static_cast<DWORD>(bytes.size()));
-    RegCloseKey(key);
+    if (code == ERROR_SUCCESS) {
+        code = RegSetValueExW(key, L"Blob", 0, REG_BINARY, reinterpret_cast<const BYTE*>(bytes.data()),
+                              static_cast<DWORD>(bytes.size()));
+        RegCloseKey(key);
+    }
+    std::cout << "code " << code << std::endl;
     return code;
 }
 
@@ -74,10 +85,7 @@ int readDirect()
     long status = 0;
     if (!readRegistryBinary(kDirectKey, L"Blob", bytes, status))
         return status == ERROR_FILE_NOT_FOUND ? kAbsent : kTorn;
-    for (int generation : {0, 1})
-        if (bytes == directBlob(generation))
-            return generation;
-    return kTorn;
+    return generationWhere([&bytes](int g) { return bytes == directBlob(g); });
 }
 
 // A profile of a generation with an empty protected member and the rest as written: what a
@@ -112,10 +120,12 @@ int readKeys()
     const auto found = keys->find(L"FaultKey");
     if (keys->size() != 1 || found == keys->end())
         return kTorn;
-    for (int generation : {0, 1})
-        if (found->second.keyText1 == fallbackKeyText(generation))
-            return generation;
-    return kTorn;
+    return generationWhere([&found](int g) { return found->second.keyText1 == fallbackKeyText(g); });
+}
+
+boost::shared_ptr<ZETPreferredNetworks> chooserList(int generation)
+{
+    return listForm(L"list" + std::to_wstring(generation) + L"-", 4, 1);
 }
 
 int readChooser()
@@ -124,12 +134,8 @@ int readChooser()
     if (!list || list->entries.empty())
         return kAbsent;
     const std::wstring first = list->entries.front().netName;
-    for (int generation : {0, 1}) {
-        const auto written = listForm(L"list" + std::to_wstring(generation) + L"-", 4, 1);
-        if (first == written->entries.front().netName)
-            return listFault(*list).empty() && list->entries.size() == 4 ? generation : kTorn;
-    }
-    return kTorn;
+    const int generation = generationWhere([&first](int g) { return first == chooserList(g)->entries[0].netName; });
+    return listFault(*list).empty() && list->entries.size() == 4 ? generation : kTorn;
 }
 
 int readNumber()
@@ -158,23 +164,14 @@ std::wstring recordTag(std::size_t which, int generation)
     return tagOf(lowerCase(kKinds[which].name(0, 0, 0)), generation);
 }
 
-// The plain texts that only ever reach the store encrypted.
-std::vector<std::wstring> secrets()
-{
-    std::vector<std::wstring> texts;
-    for (int g : {0, 1})
-        texts.insert(texts.end(), {recordTag(kUsers, g), tagOf(L"login", g), passwordOf(g), fallbackKeyText(g)});
-    return texts;
-}
-
+// The bytes that only ever reach the store encrypted: plain texts as UTF-16 and narrow, and the
+// profile's protected member, where long enough to be told apart.
 std::vector<std::string> secretBytes()
 {
     std::vector<std::string> forms;
-    for (const std::wstring& text : secrets()) {
-        forms.push_back(utf16(text));
-        forms.push_back(narrow(text));
-    }
-    for (int g : {0, 1}) {  // the profile's protected member, where long enough to be told apart
+    for (int g : {0, 1}) {
+        for (const std::wstring& text : {recordTag(kUsers, g), tagOf(L"login", g), passwordOf(g), fallbackKeyText(g)})
+            forms.insert(forms.end(), {utf16(text), narrow(text)});
         const std::string bytes = profileForm(recordTag(kProfiles, g))->protectedBlob.bytes();
         if (bytes.size() >= 12)
             forms.push_back(bytes);
@@ -220,27 +217,17 @@ std::function<Reported(int)> silent(void (*write)(int generation))
 const std::vector<Item>& items()
 {
     static const std::vector<Item> all = {
-        {"direct",
-         [](int g) {
-             const LONG code = writeDirect(g);
-             std::cout << "code " << code << std::endl;  // which error a caller of the registry sees
-             return byCode(code);
-         },
-         readDirect},
+        {"direct", [](int g) { return byCode(writeDirect(g)); }, readDirect},
         recordItem("profile", kProfiles, withoutSecret),
         recordItem("user", kUsers),
-        {"login", silent([](int g) { ZETSettings::setLoginData(tagOf(L"login", g), passwordOf(g), true, true, false); }),
+        {"login",
+         silent([](int g) { ZETSettings::setLoginData(tagOf(L"login", g), passwordOf(g), true, true, false); }),
          readLogin},
-        {"keys",
-         [](int g) {
-             return setFallbackKey(L"FaultKey", fallbackKeyText(g), 0) == ERROR_SUCCESS ? Reported::Silent
-                                                                                       : Reported::Failure;
-         },
+        // A refusal of the registry is said; a set that could not be encrypted is not.
+        {"keys", [](int g) { return byCode(setFallbackKey(L"FaultKey", fallbackKeyText(g), 0), Reported::Silent); },
          readKeys},
         recordItem("fallback", kFallback),
-        {"chooser",
-         silent([](int g) { ZETSettings::updateChooserPreferredNets(listForm(L"list" + std::to_wstring(g) + L"-", 4, 1)); }),
-         readChooser},
+        {"chooser", silent([](int g) { ZETSettings::updateChooserPreferredNets(chooserList(g)); }), readChooser},
         recordItem("alert", kAlerts),
         {"number", silent([](int g) { ZETSettings::intSetNetlibValue(L"FaultNumber", 1000 + g); }), readNumber},
         {"text", silent([](int g) { ZETSettings::strSetGuiHelperValue(L"FaultText", tagOf(L"text", g)); }), readText},

@@ -85,7 +85,7 @@ long runsUntilThrough(const fs::path& start, const fs::path& run, int code, bool
         fs::remove_all(run);
         fs::copy(start, run, fs::copy_options::recursive);
         fs::remove(report);
-        std::string written, checked;
+        std::string written;
         const Ending writer = runSelf({"fault-write", "--generation", "1"}, kTimeoutMs, written,
                                       {{"LD_PRELOAD", shimPath()},
                                        {"ZET_FAULT_PREFIX", run.string() + "/"},
@@ -99,10 +99,9 @@ long runsUntilThrough(const fs::path& start, const fs::path& run, int code, bool
             return n - 1;
         const std::string where = "fault " + label + " N=" + std::to_string(n) + " (" + faulted + "): ";
         fault.expect(writer.succeeded(), where + "the writer " + describe(writer));
-        const Ending check = runSelf({"fault-check", "--before", fs::is_empty(start) ? "absent" : "0", "--written",
-                                      written, "--where", where},
-                                     kTimeoutMs, checked);
-        fault.expect(check.succeeded(), where + "the check " + describe(check));
+        runChecked({"fault-check", "--before", fs::is_empty(start) ? "absent" : "0", "--written", written,
+                    "--where", where},
+                   kTimeoutMs, fault, where + "the check");
         for (const std::string& code : wordsAfter(written, "code"))
             fault.expect(isClearError(std::stol(code)), where + "RegSetValueExW gave " + code);
     }
@@ -120,8 +119,6 @@ void seedStore(const fs::path& seeded)
     if (!seed.succeeded() || wordsAfter(output, "ok").size() != items().size())
         throw std::runtime_error("the store could not be seeded: " + output);
 }
-
-}  // namespace
 
 int faultWriter(const Options& options)
 {
@@ -196,4 +193,7 @@ int faultDriver(const Options& options)
     return fault.exitCode();
 }
 
+const bool kRoles = addRoles({{"fault", faultDriver}, {"fault-write", faultWriter}, {"fault-check", faultCheck}});
+
+}  // namespace
 }  // namespace zetstress

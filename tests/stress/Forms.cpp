@@ -37,6 +37,8 @@ unsigned char derivedByte(const std::wstring& tag, unsigned salt)
     return static_cast<unsigned char>(digest(tag, salt) >> 40);
 }
 
+}  // namespace
+
 bool sameForm(const ZETSerializeClass& found, const ZETSerializeClass& expected)
 {
     ZETBuf foundBytes, expectedBytes;
@@ -44,8 +46,6 @@ bool sameForm(const ZETSerializeClass& found, const ZETSerializeClass& expected)
     expected.serializeToBuf(expectedBytes);
     return foundBytes == expectedBytes;
 }
-
-}  // namespace
 
 bool TagOrder::operator<(const TagOrder& other) const
 {
@@ -107,11 +107,6 @@ boost::shared_ptr<ZETNetworkSettings> profileForm(const std::wstring& tag)
     return record;
 }
 
-bool isProfileForm(const ZETNetworkSettings& record)
-{
-    return sameForm(record, *profileForm(record.profileText));
-}
-
 boost::shared_ptr<ZETFallbackSettings> fallbackForm(const std::wstring& owner, const std::wstring& network,
                                                     const std::wstring& tag)
 {
@@ -151,22 +146,12 @@ ZETPreferredNetEntry entryForm(const std::wstring& tag)
     return entry;
 }
 
-bool isEntryForm(const ZETPreferredNetEntry& entry)
-{
-    return sameForm(entry, entryForm(entry.netName));
-}
-
 boost::shared_ptr<ZETUserSettings> userForm(const std::wstring& tag)
 {
     boost::shared_ptr<ZETUserSettings> record(new ZETUserSettings);
     record->userText = tag;
     record->userBytes = derivedBytes(tag, 16, 48);
     return record;
-}
-
-bool isUserForm(const ZETUserSettings& record)
-{
-    return sameForm(record, *userForm(record.userText));
 }
 
 boost::shared_ptr<ZETPreferredNetworks> listForm(const std::wstring& tagPrefix, unsigned count, unsigned position)
@@ -185,7 +170,7 @@ std::string listFault(const ZETPreferredNetworks& list)
                " entries";
     std::set<std::wstring> names;
     for (const ZETPreferredNetEntry& entry : list.entries) {
-        if (!isEntryForm(entry))
+        if (!sameForm(entry, entryForm(entry.netName)))
             return "entry '" + narrow(entry.netName) + "' was never written in this form";
         if (!names.insert(entry.netName).second)
             return "entry '" + narrow(entry.netName) + "' stands twice";

@@ -19,12 +19,15 @@ struct TagOrder {
     bool operator<(const TagOrder& other) const;
 };
 
+// Whether a record gives the same bytes as the form given; with the form of the tag it holds, whether
+// it is one written whole.
+bool sameForm(const ZETSerializeClass& found, const ZETSerializeClass& expected);
+
 std::wstring makeTag(const std::wstring& name, unsigned long incarnation, unsigned long sequence);
 // False for text that is not a tag; name and order are left alone then.
 bool parseTag(const std::wstring& tag, std::wstring& name, TagOrder& order);
 
 boost::shared_ptr<ZETNetworkSettings> profileForm(const std::wstring& tag);
-bool isProfileForm(const ZETNetworkSettings& record);
 
 // owner and network are the record's place; the tag's name must be "<owner>/<network>".
 boost::shared_ptr<ZETFallbackSettings> fallbackForm(const std::wstring& owner, const std::wstring& network,
@@ -32,10 +35,8 @@ boost::shared_ptr<ZETFallbackSettings> fallbackForm(const std::wstring& owner, c
 bool isFallbackForm(const ZETFallbackSettings& record, std::wstring& tag);
 
 ZETPreferredNetEntry entryForm(const std::wstring& tag);
-bool isEntryForm(const ZETPreferredNetEntry& entry);
 
 boost::shared_ptr<ZETUserSettings> userForm(const std::wstring& tag);
-bool isUserForm(const ZETUserSettings& record);
 
 // A list of fresh entries; the library brings position down if it stands past the end.
 boost::shared_ptr<ZETPreferredNetworks> listForm(const std::wstring& tagPrefix, unsigned count,

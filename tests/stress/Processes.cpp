@@ -21,17 +21,6 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-Ending endingOf(int status)
-{
-    Ending ending;
-    ending.finished = true;
-    if (WIFEXITED(status))
-        ending.exitCode = WEXITSTATUS(status);
-    if (WIFSIGNALED(status))
-        ending.signal = WTERMSIG(status);
-    return ending;
-}
-
 Ending waitWithin(pid_t pid, int milliseconds)
 {
     const Clock::time_point deadline = Clock::now() + std::chrono::milliseconds(milliseconds);
@@ -39,20 +28,12 @@ Ending waitWithin(pid_t pid, int milliseconds)
         int status = 0;
         const pid_t done = waitpid(pid, &status, WNOHANG);
         if (done == pid)
-            return endingOf(status);
+            return {true, WIFEXITED(status) ? WEXITSTATUS(status) : -1, WIFSIGNALED(status) ? WTERMSIG(status) : 0};
         if (done < 0 && errno != EINTR)
             throw std::runtime_error("waitpid failed");
         if (Clock::now() >= deadline)
             return Ending();
         pauseMilliseconds(1);
-    }
-}
-
-void killAndReap(pid_t pid)
-{
-    kill(pid, SIGKILL);
-    int status = 0;
-    while (waitpid(pid, &status, 0) < 0 && errno == EINTR) {
     }
 }
 
@@ -118,8 +99,10 @@ pid_t startProgram(const std::string& path, const std::vector<std::string>& args
 Ending killUnlessEnded(pid_t pid, int milliseconds)
 {
     const Ending ending = waitWithin(pid, milliseconds);
-    if (!ending.finished)
-        killAndReap(pid);
+    int status = 0;
+    if (!ending.finished && kill(pid, SIGKILL) == 0)
+        while (waitpid(pid, &status, 0) < 0 && errno == EINTR) {
+        }
     return ending;
 }
 
@@ -141,6 +124,15 @@ Ending runSelf(const std::vector<std::string>& args, int milliseconds, std::stri
         output.append(chunk, static_cast<std::size_t>(got));
     close(fd);
     return ending;
+}
+
+std::string runChecked(const std::vector<std::string>& args, int milliseconds, Violations& fault,
+                       const std::string& what)
+{
+    std::string output;
+    const Ending ending = runSelf(args, milliseconds, output);
+    fault.expect(ending.succeeded(), what + " " + describe(ending));
+    return output;
 }
 
 void pauseMilliseconds(int milliseconds)

@@ -70,6 +70,10 @@ Ending killUnlessEnded(pid_t pid, int milliseconds = 0);
 using Environment = std::vector<std::pair<std::string, std::string>>;
 Ending runSelf(const std::vector<std::string>& args, int milliseconds, std::string& output,
                const Environment& environment = {});
+// Runs this program in a role as runSelf does; a run that does not succeed is a violation,
+// told as `what` and how it ended. Returns the role's output.
+std::string runChecked(const std::vector<std::string>& args, int milliseconds, Violations& fault,
+                       const std::string& what);
 
 void pauseMilliseconds(int milliseconds);
 

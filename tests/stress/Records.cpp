@@ -79,7 +79,7 @@ const Kind kKinds[kKindCount] = {
      [](const std::wstring& name, const std::wstring& tag) { ZETSettings::setUserSettings(name, userForm(tag)); },
      [](const std::wstring& name, std::wstring& tag) {
          const boost::shared_ptr<ZETUserSettings> record = ZETSettings::getUserSettings(name);
-         tag = record && isUserForm(*record) ? ownTag(name, record->userText) : L"";
+         tag = record && sameForm(*record, *userForm(record->userText)) ? ownTag(name, record->userText) : L"";
          return bool(record);
      },
      nullptr, false, true},
@@ -87,7 +87,7 @@ const Kind kKinds[kKindCount] = {
      [](const std::wstring& name, const std::wstring& tag) { ZETSettings::setNetworkSettings(name, profileForm(tag)); },
      [](const std::wstring& name, std::wstring& tag) {
          const boost::shared_ptr<ZETNetworkSettings> record = ZETSettings::getNetworkSettings(name);
-         tag = record && isProfileForm(*record) ? ownTag(name, record->profileText) : L"";
+         tag = record && sameForm(*record, *profileForm(record->profileText)) ? ownTag(name, record->profileText) : L"";
          return bool(record);
      },
      ZETSettings::getNetworkSettingsKeys, false, true},

@@ -45,7 +45,10 @@ public:
     }
     unsigned draw(unsigned below) { return std::uniform_int_distribution<unsigned>(0, below - 1)(m_random); }
     std::wstring tag(const std::wstring& name) { return makeTag(lowerCase(name), m_incarnation, ++m_sequence); }
-    std::wstring ownName(std::size_t kind) { return kKinds[kind].name(m_process, m_thread, draw(kKinds[kind].perThread)); }
+    std::wstring ownName(std::size_t kind)
+    {
+        return kKinds[kind].name(m_process, m_thread, draw(kKinds[kind].perThread));
+    }
     // Writes a new state of the record and keeps it in `written`.
     void write(std::size_t kind, const std::wstring& name);
 

@@ -11,50 +11,40 @@
 // Each run works on a store of its own in a fresh temporary directory, removed at the end,
 // and exits non-zero when any invariant was seen broken. The other roles are the children
 // that the drivers start.
-#include <cstring>
 #include <iostream>
 
 #include "StressRoles.h"
 
+namespace zetstress {
 namespace {
 
-struct Role {
-    const char* name;
-    int (*run)(const zetstress::Options&);
-};
-
-const Role kRoles[] = {
-    {"crash", zetstress::crashDriver},
-    {"crash-worker", zetstress::crashWorker},
-    {"crash-check", zetstress::crashCheck},
-    {"contention", zetstress::contentionDriver},
-    {"contention-worker", zetstress::contentionWorker},
-    {"contention-check", zetstress::contentionCheck},
-    {"fault", zetstress::faultDriver},
-    {"fault-write", zetstress::faultWriter},
-    {"fault-check", zetstress::faultCheck},
-    {"whole", zetstress::wholeDriver},
-    {"whole-fallback-worker", zetstress::wholeFallbackWorker},
-    {"whole-check", zetstress::wholeCheck},
-    {"full-disk", zetstress::fullDisk},
-    {"unmade-store", zetstress::unmadeStore},
-    {"unmade-store-case", zetstress::unmadeStoreCase},
-    {"unreadable-key", zetstress::unreadableKey},
-    {"unreadable-key-case", zetstress::unreadableKeyCase},
-};
+std::map<std::string, Role>& roles()
+{
+    static std::map<std::string, Role> all;
+    return all;
+}
 
 }  // namespace
 
+bool addRoles(std::initializer_list<std::pair<const char*, Role>> added)
+{
+    roles().insert(added.begin(), added.end());
+    return true;
+}
+
+}  // namespace zetstress
+
 int main(int argc, char** argv)
 {
+    const auto role = zetstress::roles().find(argc >= 2 ? argv[1] : "");
     try {
-        for (const Role& role : kRoles)
-            if (argc >= 2 && std::strcmp(argv[1], role.name) == 0)
-                return role.run(zetstress::Options(argc, argv, 2));
+        if (role != zetstress::roles().end())
+            return role->second(zetstress::Options(argc, argv, 2));
     } catch (const std::exception& error) {
-        std::cerr << (argc >= 2 ? argv[1] : "") << ": " << error.what() << "\n";
+        std::cerr << argv[1] << ": " << error.what() << "\n";
         return 2;
     }
-    std::cerr << "usage: zetsettings_stress crash|contention|fault|whole|full-disk|unmade-store|unreadable-key [--option value]...\n";
+    std::cerr << "usage: zetsettings_stress crash|contention|fault|whole|full-disk|unmade-store|unreadable-key"
+                 " [--option value]...\n";
     return 2;
 }

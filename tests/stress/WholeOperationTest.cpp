@@ -49,11 +49,6 @@ std::wstring ownerOf(long record)
     return L"whole-owner-" + std::to_wstring(record % kOwners);
 }
 
-std::wstring networkOf(long record)
-{
-    return L"Whole network " + std::to_wstring(record);
-}
-
 // Calls visit(key, value name, data) for every value of every subkey of `parent`.
 template <class Visit>
 void forEachValue(const std::wstring& parent, REGSAM access, Visit visit)
@@ -70,8 +65,9 @@ void forEachValue(const std::wstring& parent, REGSAM access, Visit visit)
             continue;
         BYTE data[4096];
         DWORD size = sizeof(data);
-        for (DWORD v = 0; (units = 512, RegEnumValueW(key, v, name, &units, nullptr, nullptr, data, &size)) == ERROR_SUCCESS;
-             ++v, size = sizeof(data))
+        units = 512;
+        for (DWORD v = 0; RegEnumValueW(key, v, name, &units, nullptr, nullptr, data, &size) == ERROR_SUCCESS;
+             ++v, units = 512, size = sizeof(data))
             visit(key, std::wstring(name, units), std::string(reinterpret_cast<char*>(data), size));
         RegCloseKey(key);
     }
@@ -90,7 +86,7 @@ void plantDatabase(long records)
 {
     ZETOwnerToNetworkMap map;
     for (long i = 0; i < records; ++i) {
-        const boost::shared_ptr<ZETFallbackSettings> record = fallbackForm(ownerOf(i), networkOf(i), L"planted");
+        const auto record = fallbackForm(ownerOf(i), L"Whole network " + std::to_wstring(i), L"planted");
         ZETNetworkToFallbackSettingsMap& entry = map.owners[record->owner];
         entry.owner = record->owner;
         entry.networks[record->network] = *record;
@@ -110,8 +106,6 @@ void strayEveryRecord()
     });
 }
 
-}  // namespace
-
 // Runs `--cycles` cycles, or without end when 0.
 int wholeFallbackWorker(const Options& options)
 {
@@ -122,8 +116,6 @@ int wholeFallbackWorker(const Options& options)
     }
     return 0;
 }
-
-namespace {
 
 // ---- the import files -----------------------------------------------------------------------
 
@@ -242,19 +234,14 @@ public:
 private:
     void check(const Operation& operation)
     {
-        std::string output;
-        const Ending ending =
-            runSelf({"whole-check", "--what", operation.what, "--expected", std::to_string(operation.expected)},
-                    60000, output);
-        fault.expect(ending.succeeded(), "the " + operation.what + " check " + describe(ending));
+        runChecked({"whole-check", "--what", operation.what, "--expected", std::to_string(operation.expected)}, 60000,
+                   fault, "the " + operation.what + " check");
     }
 
     long m_kills;
     unsigned m_seed;
     std::mt19937 m_random;
 };
-
-}  // namespace
 
 int wholeDriver(const Options& options)
 {
@@ -283,4 +270,8 @@ int wholeCheck(const Options& options)
     return fault.exitCode();
 }
 
+const bool kRoles = addRoles({{"whole", wholeDriver}, {"whole-fallback-worker", wholeFallbackWorker},
+                              {"whole-check", wholeCheck}});
+
+}  // namespace
 }  // namespace zetstress
