@@ -165,8 +165,7 @@ private:
 void readLog(const std::string& path, Written& written)
 {
     std::ifstream log(path);
-    std::string line;
-    while (std::getline(log, line)) {
+    for (std::string line; std::getline(log, line);) {
         std::istringstream fields(line);
         std::string kind, a, b;
         fields >> kind >> a >> b;

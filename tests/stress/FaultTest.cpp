@@ -50,11 +50,6 @@ std::map<std::string, int> errnosOf(const std::string& list)
     return errnos;
 }
 
-std::string shimPath()
-{
-    return (fs::read_symlink("/proc/self/exe").parent_path() / "libzetsettings_fault_shim.so").string();
-}
-
 std::set<std::string> wordsAfter(const std::string& output, const std::string& first)
 {
     std::set<std::string> words;
@@ -81,13 +76,14 @@ long runsUntilThrough(const fs::path& start, const fs::path& run, int code, bool
                       Violations& fault)
 {
     const fs::path report = run.parent_path() / "fault-report";
+    const fs::path shim = fs::read_symlink("/proc/self/exe").parent_path() / "libzetsettings_fault_shim.so";
     for (long n = 1; n <= kMaxN; ++n) {
         fs::remove_all(run);
         fs::copy(start, run, fs::copy_options::recursive);
         fs::remove(report);
         std::string written;
         const Ending writer = runSelf({"fault-write", "--generation", "1"}, kTimeoutMs, written,
-                                      {{"LD_PRELOAD", shimPath()},
+                                      {{"LD_PRELOAD", shim.string()},
                                        {"ZET_FAULT_PREFIX", run.string() + "/"},
                                        {"ZET_FAULT_AT", std::to_string(n)},
                                        {"ZET_FAULT_ERRNO", std::to_string(code)},
