@@ -43,10 +43,12 @@ TEST_F(RegCommand, QueryAddAndDeleteAsRegExe)
         {{"reg", "query", kBase, "/s"}, "...\n" + kShownBase + "\\Sub\\Deeper\n\n"},
         {{"reg", "query", kBase, "/s"}, "!\n" + kShownBase + "\n"},
         // Found in any case, and shown by the name asked for.
-        {{"reg", "query", kBase + "\\Sub", "/v", "num"}, "\n" + kShownBase + "\\Sub\n    num    REG_DWORD    0x123\n\n"},
+        {{"reg", "query", kBase + "\\Sub", "/v", "num"},
+         "\n" + kShownBase + "\\Sub\n    num    REG_DWORD    0x123\n\n"},
         {{"reg", "query", kBase, "/v", "Text", "/s"}, "...End of search: 1 match(es) found."},
         {{"reg", "query", kBase + "\\Sub", "/ve"}, "...    (Default)    REG_SZ    (value not set)\n"},
-        {{"--json", "reg", "query", kBase + "\\J"}, "...{\"name\":\"D\",\"type\":\"REG_DWORD\",\"data\":\"ffffffff\",\"value\":4294967295}"},
+        {{"--json", "reg", "query", kBase + "\\J"},
+         "...{\"name\":\"D\",\"type\":\"REG_DWORD\",\"data\":\"ffffffff\",\"value\":4294967295}"},
         {{"--json", "reg", "query", kBase + "\\J"}, "...\"data\":\"ffffffffffffffff\",\"value\":18446744073709551615}"},
     });
     // add asks before it overwrites; delete removes the value or the whole tree it names.
@@ -117,21 +119,31 @@ TEST_F(RegCommand, AFileOfRegExeUnderWineImportsAndTheLibraryReadsIt)
 
 TEST_F(RegCommand, ImportsSayWhatTheyApplyAndDryRunWritesNothing)
 {
-    // REGEDIT4 in Windows-1252, as Windows writes it ("café" = "€"), with comments, spaces, bare line
-    // ends, hex data continued across a comment line, deletions and a root's short name.
+    // REGEDIT4 in Windows-1252, as Windows writes it ("café" = "€“q” \u0081", undefined bytes kept as their code
+    // points), with comments, spaces, bare line ends, hex data continued across a comment line, deletions, a root's
+    // short name, and an 8-bit multi-string.
     writeFile(scratch("ansi.reg"), "REGEDIT4\r\n; a comment\r\n\r\n"
                                    "[HKEY_LOCAL_MACHINE\\Software\\Orvane\\QXL] ; trailing\r\n"
-                                   "\"caf\xE9\"=\"\x80\"\r\n\"gone\"=-\n  \"spaced\" = dword:2A ; answer\n"
+                                   "\"caf\xE9\"=\"\x80\x93q\x94 \x81\"\r\n\"gone\"=-\n  \"spaced\" = dword:2A ; 42\n"
                                    "\"bin\"=hex:01,02,\\\n   ; not data\n  03 , 04\n\r\n"
-                                   "[-HKEY_LOCAL_MACHINE\\Software\\x]\r\n[HKLM\\Software\\Orvane\\QXL\\Empty]\r\n");
-    const std::string counts = "2 key(s) with 3 value(s) set, 1 value(s) deleted, 1 key(s) deleted";
+                                   "[-HKEY_LOCAL_MACHINE\\Software\\x]\r\n[HKLM\\Software\\Orvane\\QXL\\Empty]\r\n"
+                                   "[HKEY_LOCAL_MACHINE\\Software\\Orvane\\QXL\\caf\xE9]\r\n\"m\"=hex(7):e9,00,00\r\n");
+    // Valid UTF-8 makes a REGEDIT4 file UTF-8, its hex(2) data included.
+    writeFile(scratch("utf8.reg"), "REGEDIT4\r\n\r\n[HKEY_LOCAL_MACHINE\\Software\\Orvane\\QXL]\r\n"
+                                   "\"e\"=hex(2):25,41,25,00\r\n\"s\"=\"caf\xC3\xA9 \xF0\x9F\x98\x80\"\r\n");
+    const std::string counts = "3 key(s) with 4 value(s) set, 1 value(s) deleted, 1 key(s) deleted";
     expectSteps({
         {{"reg", "import", scratch("ansi.reg"), "--dry-run"}, "..." + counts + ". Nothing was written"},
         {{"reg", "query", kBase}, "unable to find", 1},
         {{"reg", "import", scratch("ansi.reg")}, "Imported " + counts + ".\nThe operation completed successfully.\n"},
-        {{"base", "get-str", "caf\xC3\xA9", "--default", "missing"}, "\xE2\x82\xAC\n"},
+        {{"base", "get-str", "caf\xC3\xA9", "--default", "missing"},
+         "\xE2\x82\xAC\xE2\x80\x9Cq\xE2\x80\x9D \xC2\x81\n"},
         {{"base", "get-int", "spaced", "--default", "0"}, "42\n"},
         {{"reg", "query", kBase, "/v", "bin"}, "...bin    REG_BINARY    01020304"},
+        {{"--json", "reg", "query", kBase + "\\caf\xC3\xA9"}, "...\"data\":\"e90000000000\""},
+        {{"reg", "import", scratch("utf8.reg")}, "..."},
+        {{"base", "get-str", "s", "--default", ""}, "caf\xC3\xA9 \xF0\x9F\x98\x80\n"},
+        {{"--json", "reg", "query", kBase, "/v", "e"}, "...\"data\":\"2500410025000000\""},
     });
     // Exported to standard output, the file comes alone; the outcome goes to standard error.
     const ToolResult result = runTool({"reg", "export", kBase, "/dev/stdout"});
@@ -178,6 +190,8 @@ TEST_F(RegCommand, ABadFileImportsNothing)
         {std::string("W\0i\0", 4), "bad.reg: the file is mis-encoded: it holds NUL bytes but no"},
         // 8-bit text that is not UTF-8 is Windows-1252 in REGEDIT4 files alone.
         {header + "\"a\"=\"\xC3\x28\"\r\n", "bad.reg: the file is mis-encoded: its 8-bit text is not valid UTF-8"},
+        {header + "\"a\"=\"\xED\xA0\x80\"\r\n", "bad.reg: the file is mis-encoded"},  // a surrogate
+        {header + "\"a\"=\"\xC0\xAF\"\r\n", "bad.reg: the file is mis-encoded"},      // an overlong form
     };
     for (const auto& file : files) {
         writeFile(scratch("bad.reg"), file.text);  // UTF-8 mostly, as other tools write them
