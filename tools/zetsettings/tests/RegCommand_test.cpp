@@ -61,10 +61,10 @@ TEST_F(RegCommand, QueryAddAndDeleteAsRegExe)
     expectSteps({
         {{"reg", "query", kBase, "/v", "Kept"}, "...second"},
         {{"reg", "delete", kBase, "/v", "Kept", "/f"}, "..."},
-        {{"reg", "query", kBase, "/v", "Kept"}, "unable to find", 1},
+        {{"reg", "query", kBase, "/v", "Kept"}, kMissing, 1},
         {{"reg", "delete", kBase + "\\Tree", "/f"}, "..."},
-        {{"reg", "query", kBase + "\\Tree\\Leaf"}, "unable to find", 1},
-        {{"reg", "query", kBase + "\\Tree"}, "unable to find", 1},
+        {{"reg", "query", kBase + "\\Tree\\Leaf"}, kMissing, 1},
+        {{"reg", "query", kBase + "\\Tree"}, kMissing, 1},
     });
 }
 
@@ -93,7 +93,7 @@ TEST_F(RegCommand, ExportImportOfEveryTypeAndKindOfNameIntoAnEmptyStoreExportsTh
 
     zettest::TestRegistry emptyStore;  // the process's registry is now a new, empty one
     expectSteps({
-        {{"reg", "query", kBase}, "unable to find", 1},
+        {{"reg", "query", kBase}, kMissing, 1},
         {{"reg", "import", scratch("first.reg")}, "...Imported "},
     });
     EXPECT_EQ(exportAll("second.reg"), first);
@@ -134,7 +134,7 @@ TEST_F(RegCommand, ImportsSayWhatTheyApplyAndDryRunWritesNothing)
     const std::string counts = "3 key(s) with 4 value(s) set, 1 value(s) deleted, 1 key(s) deleted";
     expectSteps({
         {{"reg", "import", scratch("ansi.reg"), "--dry-run"}, "..." + counts + ". Nothing was written"},
-        {{"reg", "query", kBase}, "unable to find", 1},
+        {{"reg", "query", kBase}, kMissing, 1},
         {{"reg", "import", scratch("ansi.reg")}, "Imported " + counts + ".\nThe operation completed successfully.\n"},
         {{"base", "get-str", "caf\xC3\xA9", "--default", "missing"},
          "\xE2\x82\xAC\xE2\x80\x9Cq\xE2\x80\x9D \xC2\x81\n"},
