@@ -80,7 +80,7 @@ protected:
     }
 };
 
-TEST_F(StoreAdmin, InitMakesEveryFileWithTheDeploymentsOwnersAndModesOnceAndSaysSoAgain)
+TEST_F(StoreAdmin, InitMakesEveryFileWithItsOwnersAndModesOnceAndRefusesAStoreOrKeyOpenToOthersWhichInfoReports)
 {
     const gid_t own = getegid();
     const group* users = getgrnam(kGroup);
@@ -116,16 +116,14 @@ TEST_F(StoreAdmin, InitMakesEveryFileWithTheDeploymentsOwnersAndModesOnceAndSays
                                   "\"liveReaders\":0"})
             EXPECT_TRUE(contains(info, field)) << field << " in " << info;
     }
-}
 
-TEST_F(StoreAdmin, AStoreOrKeyOpenToOthersOrAStrangersIsRefusedByInitAndReportedByInfo)
-{
+    // A store or key open to others, or a stranger's, is refused by init and reported by info.
     const struct {
         const char* what;
         bool needsRoot;
         std::string path;
         std::function<void()> damage;
-    } cases[] = {
+    } damaged[] = {
         {"key readable by others", false, key(), [&] { chmod(key().c_str(), 0644); }},
         {"key writable by its group", false, key(), [&] { chmod(key().c_str(), 0620); }},
         {"key of a stranger", true, key(), [&] { (void)chown(key().c_str(), kNobody, kNobody); }},
@@ -133,7 +131,7 @@ TEST_F(StoreAdmin, AStoreOrKeyOpenToOthersOrAStrangersIsRefusedByInitAndReported
         {"data writable by others", false, store() + "/data.mdb",
          [&] { chmod((store() + "/data.mdb").c_str(), 0662); }},
     };
-    for (const auto& c : cases) {
+    for (const auto& c : damaged) {
         SCOPED_TRACE(c.what);
         if (c.needsRoot && geteuid() != 0)
             continue;

@@ -51,13 +51,15 @@ TEST_F(StoreCommands, ValueFamiliesParametersAndTheNdisCheck)
     });
 }
 
-TEST_F(StoreCommands, EveryRecordKeepsItsFieldsAndItsSecretsOutOfSight)
+TEST_F(StoreCommands, EveryRecordKeepsItsFieldsAndItsSecretsOutOfSightAndTheChoosersWalkLastsBetweenRuns)
 {
     ok({"network", "set", "MyWLAN", "--text", "office", "--flag2", "255", "--secret-text", "p4ssw0rd", "--plain-hex",
         "01:02"});
     ok({"network", "set", "mywlan", "--text", "other case"});
     const std::string list = ok({"network", "list"});
     EXPECT_TRUE(list == "MyWLAN\nmywlan\n" || list == "mywlan\nMyWLAN\n") << list;
+    for (const char* name : {"R", "Q", "P"})
+        ok({"chooser", "front", name});
     expectSteps({
         {{"network", "show", "MyWLAN"}, "name           MyWLAN\nprofileText    office\nprofileFlag1   0\n"
                                         "profileFlag2   255\nprofileFlag3   0\nprofileFlag4   0\n"
@@ -99,14 +101,7 @@ TEST_F(StoreCommands, EveryRecordKeepsItsFieldsAndItsSecretsOutOfSight)
         {{"fallback-db", "show", "corp", "lab_net1"}, "", 1},
         {{"fallback-db", "remove", "Corp", "Lab_Net1"}, "..."},
         {{"fallback-db", "networks", "corp"}, "(none)\n"},
-    });
-}
-
-TEST_F(StoreCommands, TheChooserWalkIsMarkedAndSharedBetweenRuns)
-{
-    for (const char* name : {"R", "Q", "P"})
-        ok({"chooser", "front", name});
-    expectSteps({
+        // The chooser's walk is marked, and shared between runs.
         {{"--json", "chooser", "next", "--first"}, "...{\"entry\":{\"netName\":\"P\""},
         {{"chooser", "next"}, "..."},
         {{"chooser", "list"}, "...walk      at entry 2 of 3"},
