@@ -63,7 +63,6 @@ TEST(RegFileWriter, WritesTheFileAsWindowsAndQuotesKeyNamesWithLineBreaks)
     const RegFileKey evil{L"HKEY_LOCAL_MACHINE\\a\\evil\nowner \"[x]\"\r", false, {}};
     const RegFileKey removed{evil.path, true, {}};
     const std::string bytes = writeRegFile({key, empty, evil, removed});
-    ASSERT_EQ(bytes.substr(0, 2), "\xFF\xFE");
     EXPECT_EQ(textOf(bytes), "Windows Registry Editor Version 5.00\r\n\r\n"
                              "[HKEY_CURRENT_USER\\Software\\Test]\r\n\"v\"=dword:01010101\r\n\r\n"
                              "[HKEY_CURRENT_USER\\Software\\Test\\Sub]\r\n\r\n"
