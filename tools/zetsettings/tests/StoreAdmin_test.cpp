@@ -80,7 +80,7 @@ protected:
     }
 };
 
-TEST_F(StoreAdmin, InitMakesEveryFileWithTheDeploymentsOwnersAndModesOnceAndSaysSoAgain)
+TEST_F(StoreAdmin, InitMakesEveryFileWithItsOwnersAndModesOnceAndRefusesAStoreOrKeyOpenToOthersWhichInfoReports)
 {
     const gid_t own = getegid();
     const group* users = getgrnam(kGroup);
@@ -116,23 +116,22 @@ TEST_F(StoreAdmin, InitMakesEveryFileWithTheDeploymentsOwnersAndModesOnceAndSays
                                   "\"liveReaders\":0"})
             EXPECT_TRUE(contains(info, field)) << field << " in " << info;
     }
-}
 
-TEST_F(StoreAdmin, AStoreOrKeyOpenToOthersOrAStrangersIsRefusedByInitAndReportedByInfo)
-{
+    // A store or key open to others, or a stranger's, is refused by init and reported by info.
     const struct {
         const char* what;
         bool needsRoot;
         std::string path;
         std::function<void()> damage;
-    } cases[] = {
+    } damaged[] = {
         {"key readable by others", false, key(), [&] { chmod(key().c_str(), 0644); }},
         {"key writable by its group", false, key(), [&] { chmod(key().c_str(), 0620); }},
         {"key of a stranger", true, key(), [&] { (void)chown(key().c_str(), kNobody, kNobody); }},
         {"directory writable by all", false, store(), [&] { chmod(store().c_str(), 0777); }},
-        {"data writable by others", false, store() + "/data.mdb", [&] { chmod((store() + "/data.mdb").c_str(), 0662); }},
+        {"data writable by others", false, store() + "/data.mdb",
+         [&] { chmod((store() + "/data.mdb").c_str(), 0662); }},
     };
-    for (const auto& c : cases) {
+    for (const auto& c : damaged) {
         SCOPED_TRACE(c.what);
         if (c.needsRoot && geteuid() != 0)
             continue;
@@ -152,28 +151,7 @@ TEST_F(StoreAdmin, AStoreOrKeyOpenToOthersOrAStrangersIsRefusedByInitAndReported
     }
 }
 
-TEST_F(StoreAdminAcrossUsers, RootAndAGroupMemberReadEachOthersSecretsAndShareTheNamedMutex)
-{
-    ok({"store", "init", "--group", kGroup});
-    setPassword("from root");
-    EXPECT_TRUE(shows("from root", member()));
-    setPassword("from member", member());
-    EXPECT_TRUE(shows("from member"));
-    const std::string lock = store() + "/mutex-zetPreferredNetMutex.lock";
-    fs::remove(lock);
-    ok({"chooser", "next"});  // root makes the lock file anew
-    ok({"chooser", "next"}, member());
-    // A lock file the store's users can't take fails the operation visibly.
-    ASSERT_EQ(0, chmod(lock.c_str(), 0644));
-    // (Not a step: a coverage build's other user adds its own complaints on standard error.)
-    const ToolResult refused = runTool({"chooser", "next"}, {{}, member()});
-    EXPECT_EQ(1, refused.status);
-    EXPECT_TRUE(contains(refused.err, "mutex")) << refused.err;
-    ok({"store", "init", "--group", kGroup});  // opens it to the store's users again
-    ok({"chooser", "next"}, member());
-}
-
-TEST_F(StoreAdminAcrossUsers, AnOutsiderIsTurnedAwayAndChangesNoFileAndCreatesNoneNotEvenAMissingKey)
+TEST_F(StoreAdminAcrossUsers, AGroupsStoreIsSharedByRootAndItsMembersAndAnOutsiderChangesNoFileNotEvenAMissingKey)
 {
     // As under /tmp: anybody may make files beside the store.
     fs::permissions(folder(), fs::perms(01777));
@@ -182,7 +160,7 @@ TEST_F(StoreAdminAcrossUsers, AnOutsiderIsTurnedAwayAndChangesNoFileAndCreatesNo
         fs::remove_all(store());
         fs::remove(key());
         ok({"store", "init", "--group", kGroup});
-        setPassword("secret");
+        setPassword("from root");
         if (!withKey)
             fs::remove(key());
         const auto before = snapshot(folder());
@@ -199,8 +177,22 @@ TEST_F(StoreAdminAcrossUsers, AnOutsiderIsTurnedAwayAndChangesNoFileAndCreatesNo
         EXPECT_EQ(before, snapshot(folder()));
         if (!withKey)
             setPassword("made by root");  // root may write, so root makes the key now
-        EXPECT_TRUE(shows(withKey ? "secret" : "made by root", member()));
+        EXPECT_TRUE(shows(withKey ? "from root" : "made by root", member()));
     }
+    setPassword("from member", member());
+    EXPECT_TRUE(shows("from member"));
+    const std::string lock = store() + "/mutex-zetPreferredNetMutex.lock";
+    fs::remove(lock);
+    ok({"chooser", "next"});  // root makes the lock file anew
+    ok({"chooser", "next"}, member());
+    // A lock file the store's users can't take fails the operation visibly.
+    ASSERT_EQ(0, chmod(lock.c_str(), 0644));
+    // (Not a step: a coverage build's other user adds its own complaints on standard error.)
+    const ToolResult refused = runTool({"chooser", "next"}, {{}, member()});
+    EXPECT_EQ(1, refused.status);
+    EXPECT_TRUE(contains(refused.err, "mutex")) << refused.err;
+    ok({"store", "init", "--group", kGroup});  // opens it to the store's users again
+    ok({"chooser", "next"}, member());
 }
 
 TEST_F(StoreAdminAcrossUsers, AServiceAccountsStoreLetsRootInAndWhatRootMakesThereStaysTheAccounts)

@@ -19,6 +19,9 @@ struct ToolResult {
 // The key the product's settings live under.
 inline const std::string kBase = "HKLM\\Software\\Orvane\\QXL";
 
+// reg's answer when a key or value is not there.
+inline const std::string kMissing = "ERROR: The system was unable to find the specified registry key or value.";
+
 // setpriv's options for nobody without groups: a user that may read a store made on the fly, not
 // write it, and may not enter a group store.
 inline const std::vector<std::string> kOutsider = {"--reuid=65534", "--regid=65534", "--clear-groups"};
