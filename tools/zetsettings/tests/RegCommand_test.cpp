@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "ToolRun.h"
+#include "regfile/TextCodec.h"
 
 using namespace zettooltest;
 
@@ -20,9 +21,9 @@ protected:
     }
 
     // Exported to standard output, the file comes alone; the outcome goes to standard error.
-    std::string exportAll()
+    std::string exportOf(const std::string& key = "HKLM")
     {
-        const ToolResult result = runTool({"reg", "export", "HKLM", "/dev/stdout"});
+        const ToolResult result = runTool({"reg", "export", key, "/dev/stdout"});
         EXPECT_EQ(result.status, 0);
         EXPECT_FALSE(contains(result.out, "completed")) << result.out;
         EXPECT_TRUE(contains(result.err, "The operation completed successfully.")) << result.err;
@@ -98,7 +99,13 @@ TEST_F(RegCommand, QueryAddAndDeleteAsRegExeAndAnExportOfEveryKindImportsIntoAnE
         {{"reg", "query", kBase}, kMissing, 1},
         {{"reg", "import", scratch("first.reg")}, "...Imported "},
     });
-    EXPECT_EQ(exportAll(), first);
+    EXPECT_EQ(exportOf(), first);
+
+    // A key's export holds that key and those below it, nothing beside it.
+    const std::string branch = zetreg::utf16ToUtf8(zetreg::bytesToUtf16(exportOf(kBase + "\\A").substr(2)));
+    EXPECT_TRUE(contains(branch, "\r\n[" + kShownBase + "\\A]\r\n\"Expand\"=hex(2):25,00")) << branch;
+    EXPECT_TRUE(contains(branch, "\r\n[" + kShownBase + "\\A\\B]\r\n")) << branch;
+    EXPECT_FALSE(contains(branch, "\\Sub]")) << branch;
 }
 
 TEST_F(RegCommand, FilesAsWindowsWritesThemImportAndSayWhatTheyApplyAndADryRunWritesNothing)
@@ -147,7 +154,7 @@ TEST_F(RegCommand, FilesAsWindowsWritesThemImportAndSayWhatTheyApplyAndADryRunWr
 TEST_F(RegCommand, ABadFileImportsNothing)
 {
     add(kBase, "Before", "REG_SZ", "untouched");
-    const std::string before = exportAll();
+    const std::string before = exportOf();
     const std::string header = "Windows Registry Editor Version 5.00\r\n\r\n[" + kShownBase + "]\r\n"
                                "\"Before\"=\"changed\"\r\n\"New\"=dword:1\r\n";
     const struct {
@@ -187,7 +194,7 @@ TEST_F(RegCommand, ABadFileImportsNothing)
     for (const auto& file : files) {
         writeFile(scratch("bad.reg"), file.text);  // UTF-8 mostly, as other tools write them
         expectSteps({{{"reg", "import", scratch("bad.reg")}, file.message, 1}});
-        EXPECT_EQ(exportAll(), before) << file.message;
+        EXPECT_EQ(exportOf(), before) << file.message;
     }
 }
 
