@@ -108,7 +108,7 @@ protected:
 int descriptorsOn(const std::string& path)
 {
     int count = 0;
-    std::error_code gone;  // the listing's own descriptor, closed by the time it is read
+    std::error_code gone;  // a descriptor closed meanwhile counts as none
     for (const auto& entry : fs::directory_iterator("/proc/self/fd"))
         count += fs::read_symlink(entry.path(), gone) == path;
     return count;
