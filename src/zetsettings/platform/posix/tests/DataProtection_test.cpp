@@ -331,7 +331,7 @@ ZET_CHILD_SCENARIO(seam_key_race)
 TEST_F(DataProtectionTest, ProcessesRacingToMakeTheKeyAgreeOnOne)
 {
     const int kProcesses = 4;
-    for (int round = 0; round < 3; ++round) {
+    for (int round = 0; round < 10; ++round) {  // enough for some to collide
         zettest::TestRegistry fresh;
         zettest::SignalDirectory signals;
         std::vector<std::unique_ptr<zettest::ChildProcess>> children;
