@@ -10,8 +10,7 @@
 namespace zettest {
 
 struct ChildProcess::Impl {
-    pid_t pid = -1;
-    bool reaped = false;
+    pid_t pid = -1;  // -1 once reaped
     int status = 0;
 };
 
@@ -51,17 +50,15 @@ ChildProcess::~ChildProcess()
 
 int ChildProcess::wait()
 {
-    if (!m_impl->reaped) {
-        while (waitpid(m_impl->pid, &m_impl->status, 0) < 0) {
-        }
-        m_impl->reaped = true;
+    while (m_impl->pid > 0 && waitpid(m_impl->pid, &m_impl->status, 0) < 0) {
     }
+    m_impl->pid = -1;
     return WIFEXITED(m_impl->status) ? WEXITSTATUS(m_impl->status) : -1;
 }
 
 void ChildProcess::killHard()
 {
-    if (!m_impl->reaped)
+    if (m_impl->pid > 0)
         kill(m_impl->pid, SIGKILL);
 }
 
