@@ -3,7 +3,6 @@
 #include <windows.h>
 
 #include <atomic>
-#include <cstdlib>
 #include <stdexcept>
 
 namespace zettest {

@@ -14,7 +14,7 @@
 
 namespace zettest {
 
-// An open key, closed when the object goes.
+// An open key, closed when the object goes; moved, never copied (the moves delete the copies).
 class ScopedKey {
 public:
     ScopedKey() = default;
@@ -25,8 +25,6 @@ public:
         std::swap(m_key, other.m_key);
         return *this;
     }
-    ScopedKey(const ScopedKey&) = delete;
-    ScopedKey& operator=(const ScopedKey&) = delete;
 
     HKEY get() const { return m_key; }
     HKEY release()
