@@ -1,4 +1,5 @@
 // A real second process running a child scenario of this test program (see ChildScenario.h).
+// Not copyable, as its Impl pointer isn't.
 #ifndef ZETSETTINGS_TESTS_SUPPORT_CHILDPROCESS_H
 #define ZETSETTINGS_TESTS_SUPPORT_CHILDPROCESS_H
 
@@ -14,9 +15,6 @@ public:
     explicit ChildProcess(const std::string& scenario, const std::vector<std::string>& args = {});
     // Kills the child if it still runs, and reaps it.
     ~ChildProcess();
-
-    ChildProcess(const ChildProcess&) = delete;
-    ChildProcess& operator=(const ChildProcess&) = delete;
 
     // Waits for the end; the scenario's exit code, or -1 if it was killed.
     int wait();

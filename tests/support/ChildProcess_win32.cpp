@@ -18,8 +18,7 @@ std::wstring quoted(const std::string& word)
 
 struct ChildProcess::Impl {
     PROCESS_INFORMATION info = {};
-    bool reaped = false;
-    bool killed = false;
+    bool reaped = false, killed = false;
     DWORD exitCode = 0;
 };
 

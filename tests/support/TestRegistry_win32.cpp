@@ -3,7 +3,6 @@
 #include <windows.h>
 
 #include <atomic>
-#include <cstdlib>
 #include <stdexcept>
 
 namespace zettest {
@@ -16,8 +15,7 @@ const wchar_t kEnvironmentName[] = L"ZET_TEST_REGISTRY_KEY";
 void copyCryptoProviders(HKEY machine)
 {
     const wchar_t kCryptography[] = L"SOFTWARE\\Microsoft\\Cryptography";
-    HKEY source = nullptr;
-    HKEY target = nullptr;
+    HKEY source = nullptr, target = nullptr;
     if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, kCryptography, 0, KEY_READ, &source) != ERROR_SUCCESS)
         return;
     if (RegCreateKeyExW(machine, kCryptography, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &target, nullptr) ==
@@ -30,8 +28,7 @@ void copyCryptoProviders(HKEY machine)
 
 void redirect(const std::wstring& root, bool fresh)
 {
-    HKEY machine = nullptr;
-    HKEY user = nullptr;
+    HKEY machine = nullptr, user = nullptr;
     if (RegCreateKeyExW(HKEY_CURRENT_USER, (root + L"\\machine").c_str(), 0, nullptr, 0, KEY_ALL_ACCESS,
                         nullptr, &machine, nullptr) != ERROR_SUCCESS ||
         RegCreateKeyExW(HKEY_CURRENT_USER, (root + L"\\user").c_str(), 0, nullptr, 0, KEY_ALL_ACCESS,

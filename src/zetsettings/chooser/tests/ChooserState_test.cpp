@@ -99,8 +99,7 @@ TEST_F(ChooserStateTest, APositionBeyondTheListOrACutValueIsBroughtWithinWhatWas
 
 TEST_F(ChooserStateTest, AProcessThatMayNotWriteTheStoreSeesNothingAndChangesNothing)
 {
-    if (!zettest::canDropPrivileges())
-        GTEST_SKIP() << "this registry grants every process every right";
+    ZET_SKIP_UNLESS_RIGHTS_CAN_DROP();
     ZETSettings::setChooserActive(true);
     ZETSettings::updateChooserPreferredNets(listOf(entriesNamed({L"P", L"Q"}), 1));
     ZETSettings::updateAlertNotificationState(3, false);

@@ -43,10 +43,9 @@ DWORD errorOf(const std::function<void()>& action)
 TEST_F(CRegistryKeyTest, AbsentValueThrowsFileNotFoundAndLeavesOutParametersAlone)
 {
     CRegistryKey key = createTestKey();
-    DWORD number = 42;
+    DWORD number = 42, length = 7;
     wchar_t* text = nullptr;
     BYTE* bytes = nullptr;
-    DWORD length = 7;
     EXPECT_EQ(static_cast<DWORD>(ERROR_FILE_NOT_FOUND), errorOf([&] { key.QueryValue(L"missing", number); }));
     EXPECT_EQ(static_cast<DWORD>(ERROR_FILE_NOT_FOUND), errorOf([&] { key.QueryValue(L"missing", &text); }));
     EXPECT_EQ(static_cast<DWORD>(ERROR_FILE_NOT_FOUND), errorOf([&] { key.QueryValue(L"missing", &bytes, length); }));
@@ -144,9 +143,7 @@ TEST_F(CRegistryKeyTest, AMovedKeyIsClosedOnceAndStaysUsable)
     EXPECT_EQ(nullptr, first.GetHandle());
     second.SetValue(L"Still", static_cast<DWORD>(3), REG_DWORD);
     first = std::move(second);
-    DWORD number = 0;
-    first.QueryValue(L"Still", number);
-    EXPECT_EQ(3u, number);
+    EXPECT_EQ(3u, first.QueryValue(L"Still").AsDWORD());
 }
 
 }  // namespace

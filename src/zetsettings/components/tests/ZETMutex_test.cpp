@@ -50,8 +50,7 @@ public:
     }
 
 private:
-    std::atomic<bool> m_acquired{false};
-    std::atomic<bool> m_letGo{false};
+    std::atomic<bool> m_acquired{false}, m_letGo{false};
     std::thread m_thread;
 };
 
@@ -154,15 +153,13 @@ class ZETMutexProcesses : public zettest::RegistryTest {
 protected:
     SignalDirectory signals;
     const std::wstring name = zettest::uniqueMutexName("processes");
-    std::vector<std::string> holdArgs() const { return {zettest::narrow(name), signals.path()}; }
 };
 
 TEST_F(ZETMutexProcesses, CountsOfTwoProcessesAddUp)
 {
     const int kRounds = 250;
     signals.write("counter", "0");
-    std::vector<std::string> args = holdArgs();
-    args.push_back(std::to_string(kRounds));
+    const std::vector<std::string> args = {zettest::narrow(name), signals.path(), std::to_string(kRounds)};
     zettest::ChildProcess first("zetmutex_count", args);
     zettest::ChildProcess second("zetmutex_count", args);
     signals.raise("go");
@@ -176,7 +173,7 @@ TEST_F(ZETMutexProcesses, CountsOfTwoProcessesAddUp)
 TEST_F(ZETMutexProcesses, AKilledHolderPassesItToTheNextWaiter)
 {
     std::unique_ptr<ZETMutex> mutex = makeNamed(name);
-    zettest::ChildProcess holder("zetmutex_hold", holdArgs());
+    zettest::ChildProcess holder("zetmutex_hold", {zettest::narrow(name), signals.path()});
     ASSERT_TRUE(signals.awaitRaised("held"));
     Contender waiting(*mutex);
     std::this_thread::sleep_for(kSettle);

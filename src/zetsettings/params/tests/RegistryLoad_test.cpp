@@ -56,6 +56,8 @@ protected:
             rawreg::writeText(kWindowsVersionKey, L"CSDVersion", L"Service Pack 2");
         }
         table.InitializeDefaults();
+        // The system names the adapter's connection in its own language.
+        rawreg::writeText(kAdapterClassKey + kGuid + L"\\Connection", L"Name", L"WLAN 7");
     }
 
     ZETConfigParam table;
@@ -76,9 +78,8 @@ TEST_P(RegistryModeTest, TheTableFollowsTheModeAndTheCaptionsComeFromTheSystem)
         ZETSettings::intSetConfiguratorValue(value.first, value.second);
     for (const auto& value : planted.texts)
         ZETSettings::strSetConfiguratorValue(value.first, value.second);
-    // The system names the connections folder and the adapter's connection in its own language.
+    // And the connections folder.
     rawreg::writeText(kFolderKey, L"", L"Netzwerkverbindungen");
-    rawreg::writeText(kAdapterClassKey + kGuid + L"\\Connection", L"Name", L"WLAN 7");
 
     ZETConfigParam param(table);
     param.LoadFromRegistry(L"\\Device\\" + kGuid);
@@ -124,7 +125,6 @@ TEST_F(RegistryLoadTest, AnArgumentThatNamesNoAdaptersConnectionLeavesTheCaption
     ZETSettings::intSetConfiguratorValue(kMode, 2);  // no mirror: only the captions are at stake
     const std::wstring noConnection = L"{99999999-0000-1111-2222-333344445555}";
     const std::wstring noName = L"{88888888-0000-1111-2222-333344445555}";
-    rawreg::writeText(kAdapterClassKey + kGuid + L"\\Connection", L"Name", L"WLAN 7");
     rawreg::writeText(kAdapterClassKey + noConnection + L"\\Ndi", L"Service", L"tcpip");
     rawreg::writeText(kAdapterClassKey + noName + L"\\Connection", L"PnpInstanceID", L"PCI\\VEN_1");
     Access::texts(table)[kAdapter] = L"Caption before";

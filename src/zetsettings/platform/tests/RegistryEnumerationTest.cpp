@@ -33,14 +33,11 @@ TEST_F(RegistryEnumeration, EverySubkeyAndValueComesOnceInItsOwnCaseWithItsData)
 
     // Each value's data, as the enumeration gives it, is its name's place in the list.
     std::vector<std::wstring> seenValues;
-    wchar_t name[64];
-    DWORD units = 64, type = 0, value = 0, size = sizeof(value);
-    for (DWORD index = 0; RegEnumValueW(base.get(), index, name, &units, nullptr, &type, reinterpret_cast<BYTE*>(&value),
-                                        &size) == ERROR_SUCCESS;
-         ++index, units = 64, size = sizeof(value)) {
-        seenValues.emplace_back(name, units);
-        EXPECT_EQ(static_cast<DWORD>(REG_DWORD), type);
-        EXPECT_EQ(names.at(value), seenValues.back());
+    std::wstring name;
+    DWORD value = 0;
+    for (DWORD index = 0; enumerateNumber(base.get(), index, name, value) == ERROR_SUCCESS; ++index) {
+        seenValues.push_back(name);
+        EXPECT_EQ(names.at(value), name);
     }
     EXPECT_EQ(sorted(names), sorted(seenValues));
 }

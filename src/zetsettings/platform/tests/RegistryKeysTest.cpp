@@ -40,9 +40,7 @@ TEST_F(RegistryKeys, AnEmptySubkeyIsTheKeyItselfAndPathsTakeOnlyTrailingBackslas
     ASSERT_EQ(ERROR_SUCCESS, RegOpenKeyExW(base.get(), nullptr, 0, KEY_ALL_ACCESS, again.out()));
     base.reset();  // the other handles are handles of their own
     ASSERT_EQ(ERROR_SUCCESS, setDword(self.get(), L"Shared", 7));
-    DWORD value = 0;
-    EXPECT_EQ(ERROR_SUCCESS, getDword(again.get(), L"Shared", value));
-    EXPECT_EQ(7u, value);
+    EXPECT_EQ(7u, numberAt(again.get(), L"Shared"));
 
     EXPECT_EQ(ERROR_SUCCESS, createKey(self.get(), L"Trailing\\", key));
     EXPECT_EQ(ERROR_SUCCESS, openKey(self.get(), L"Trailing", key));
@@ -92,11 +90,10 @@ TEST_F(RegistryKeys, AKeyDeletedUnderItsHandlesIsReportedThroughThem)
     ASSERT_EQ(ERROR_SUCCESS, RegDeleteKeyW(doomed.get(), L""));
 
     DWORD value = 0;
-    wchar_t name[32];
-    DWORD units = 32;
+    std::wstring name;
     EXPECT_EQ(ERROR_KEY_DELETED, getDword(other.get(), L"Any", value));
     EXPECT_EQ(ERROR_KEY_DELETED, setDword(other.get(), L"Any", 1));
-    EXPECT_EQ(ERROR_KEY_DELETED, RegEnumValueW(other.get(), 0, name, &units, nullptr, nullptr, nullptr, nullptr));
+    EXPECT_EQ(ERROR_KEY_DELETED, enumerateNumber(other.get(), 0, name, value));
     EXPECT_EQ(ERROR_KEY_DELETED, createKey(other.get(), L"Below", key));
     EXPECT_EQ(ERROR_SUCCESS, RegCloseKey(other.release()));
     EXPECT_TRUE(subkeyNames(base.get()).empty());
@@ -154,8 +151,7 @@ TEST_F(RegistryKeys, HandlesCarryOnlyTheRightsTheyWereOpenedWith)
     ASSERT_EQ(ERROR_SUCCESS, openKey(base.get(), L"", writer, KEY_SET_VALUE));
     EXPECT_EQ(ERROR_SUCCESS, setDword(writer.get(), L"Value", 6));
     EXPECT_EQ(ERROR_ACCESS_DENIED, getDword(writer.get(), L"Value", value));
-    EXPECT_EQ(ERROR_SUCCESS, getDword(reader.get(), L"Value", value));
-    EXPECT_EQ(6u, value);
+    EXPECT_EQ(6u, numberAt(reader.get(), L"Value"));
 }
 
 }  // namespace

@@ -72,25 +72,13 @@ ZET_CHILD_SCENARIO(registry_edit)
     return 0;
 }
 
-// The value at an index, by enumeration, with its number.
-LONG enumerateNumber(HKEY key, DWORD index, std::wstring& name, DWORD& number)
-{
-    WCHAR text[32];
-    DWORD units = 32;
-    DWORD size = sizeof(number);
-    const LONG status = RegEnumValueW(key, index, text, &units, nullptr, nullptr, reinterpret_cast<BYTE*>(&number), &size);
-    name.assign(text, status == ERROR_SUCCESS ? units : 0);
-    return status;
-}
-
 // The number a value holds, read through a key opened for this one read; 0 if there is none.
-DWORD numberIn(const wchar_t* path, const wchar_t* name, LONG& status)
+DWORD numberIn(const wchar_t* path, const wchar_t* name)
 {
     ScopedKey key;
     DWORD number = 0;
-    status = openKey(HKEY_LOCAL_MACHINE, path, key, KEY_READ);
-    if (status == ERROR_SUCCESS)
-        status = getDword(key.get(), name, number);
+    if (openKey(HKEY_LOCAL_MACHINE, path, key, KEY_READ) == ERROR_SUCCESS)
+        getDword(key.get(), name, number);
     return number;
 }
 
@@ -126,11 +114,8 @@ TEST_F(RegistryProcesses, WritersInSeveralProcessesLoseNothingAndTheirValuesOutl
     EXPECT_EQ(static_cast<size_t>(writers * each), valueNames(key.get()).size());
     EXPECT_EQ(static_cast<size_t>(writers), subkeyNames(key.get()).size());
     for (int i = 0; i < writers; ++i)
-        for (int n = 0; n < each; ++n) {
-            DWORD value = 0;
-            EXPECT_EQ(ERROR_SUCCESS, getDword(key.get(), numberedValue("W" + std::to_string(i) + "-", n).c_str(), value));
-            EXPECT_EQ(static_cast<DWORD>(n), value);
-        }
+        for (int n = 0; n < each; ++n)
+            EXPECT_EQ(DWORD(n), numberAt(key.get(), numberedValue("W" + std::to_string(i) + "-", n).c_str()));
 }
 
 // A process that keeps opening one path must follow the key the path names now, whatever another
@@ -142,15 +127,13 @@ TEST_F(RegistryProcesses, APathOpenedAgainFindsTheKeyThatAnotherProcessRemadeOrD
         ASSERT_EQ(ERROR_SUCCESS, createKey(HKEY_LOCAL_MACHINE, kRemadeKey, key));
         ASSERT_EQ(ERROR_SUCCESS, setDword(key.get(), L"Number", 1));
     }
-    LONG status = ERROR_SUCCESS;
     for (int again = 0; again < 2; ++again)
-        ASSERT_EQ(1u, numberIn(kRemadeKey, L"Number", status));
+        ASSERT_EQ(1u, numberIn(kRemadeKey, L"Number"));
     EXPECT_EQ(0, ChildProcess("registry_edit", {"remake", "Number", "2"}).wait());
-    EXPECT_EQ(2u, numberIn(kRemadeKey, L"Number", status));
-    EXPECT_EQ(ERROR_SUCCESS, status);
+    EXPECT_EQ(2u, numberIn(kRemadeKey, L"Number"));
     EXPECT_EQ(0, ChildProcess("registry_edit", {"drop"}).wait());
-    numberIn(kRemadeKey, L"Number", status);
-    EXPECT_EQ(ERROR_FILE_NOT_FOUND, status);
+    ScopedKey dropped;
+    EXPECT_EQ(ERROR_FILE_NOT_FOUND, openKey(HKEY_LOCAL_MACHINE, kRemadeKey, dropped, KEY_READ));
 }
 
 // Reading a value again, by name or right after enumerating it, must give what another process
@@ -160,24 +143,20 @@ TEST_F(RegistryProcesses, AValueReadAgainIsWhatAnotherProcessLeftThere)
     ScopedKey key;
     ASSERT_EQ(ERROR_SUCCESS, createKey(HKEY_LOCAL_MACHINE, kRemadeKey, key));
     ASSERT_EQ(ERROR_SUCCESS, setDword(key.get(), L"Number", 1));
+    for (int again = 0; again < 2; ++again)
+        ASSERT_EQ(1u, numberAt(key.get(), L"NUMBER"));
     DWORD number = 0;
-    for (int again = 0; again < 2; ++again) {
-        ASSERT_EQ(ERROR_SUCCESS, getDword(key.get(), L"NUMBER", number));
-        ASSERT_EQ(1u, number);
-    }
     // Names that only begin or end like the one just read are other names.
     EXPECT_EQ(ERROR_FILE_NOT_FOUND, getDword(key.get(), L"Numbe", number));
-    ASSERT_EQ(ERROR_SUCCESS, getDword(key.get(), L"number", number));
+    ASSERT_EQ(1u, numberAt(key.get(), L"number"));
     EXPECT_EQ(ERROR_FILE_NOT_FOUND, getDword(key.get(), L"Numbers", number));
     EXPECT_EQ(0, ChildProcess("registry_edit", {"set", "Number", "2"}).wait());
-    EXPECT_EQ(ERROR_SUCCESS, getDword(key.get(), L"Number", number));
-    EXPECT_EQ(2u, number);
+    EXPECT_EQ(2u, numberAt(key.get(), L"Number"));
 
     std::wstring name;
     ASSERT_EQ(ERROR_SUCCESS, enumerateNumber(key.get(), 0, name, number));
     EXPECT_EQ(0, ChildProcess("registry_edit", {"set", "Number", "3"}).wait());
-    EXPECT_EQ(ERROR_SUCCESS, getDword(key.get(), name.c_str(), number));
-    EXPECT_EQ(3u, number);
+    EXPECT_EQ(3u, numberAt(key.get(), name.c_str()));
     EXPECT_EQ(0, ChildProcess("registry_edit", {"delete", "Number"}).wait());
     EXPECT_EQ(ERROR_FILE_NOT_FOUND, getDword(key.get(), name.c_str(), number));
 }
@@ -207,8 +186,7 @@ TEST_F(RegistryProcesses, AWriterKilledAtAnyInstantLeavesEveryValueOldOrNew)
 {
     {
         ChildProcess writer("registry_rewrite_rounds");
-        LONG status = ERROR_SUCCESS;
-        ASSERT_TRUE(eventually([&] { return numberIn(kSharedKey, L"Rounds", status) >= 3; }, std::chrono::seconds(60)))
+        ASSERT_TRUE(eventually([&] { return numberIn(kSharedKey, L"Rounds") >= 3; }, std::chrono::seconds(60)))
             << "the writer made no progress";
         writer.killHard();
         writer.wait();

@@ -14,7 +14,7 @@
 
 namespace zettest {
 
-// An open key, closed when the object goes.
+// An open key, closed when the object goes; moved, never copied (the moves delete the copies).
 class ScopedKey {
 public:
     ScopedKey() = default;
@@ -25,8 +25,6 @@ public:
         std::swap(m_key, other.m_key);
         return *this;
     }
-    ScopedKey(const ScopedKey&) = delete;
-    ScopedKey& operator=(const ScopedKey&) = delete;
 
     HKEY get() const { return m_key; }
     HKEY release()
@@ -95,6 +93,23 @@ inline LONG getDword(HKEY key, const wchar_t* name, DWORD& value)
     if (status == ERROR_SUCCESS && (type != REG_DWORD || size != sizeof(value)))
         return ERROR_INVALID_DATA;
     return status;
+}
+
+// The number a DWORD value holds; a number no test writes when the value can't be read as one.
+inline DWORD numberAt(HKEY key, const wchar_t* name)
+{
+    DWORD value = 0;
+    return getDword(key, name, value) == ERROR_SUCCESS ? value : 0xBAADF00D;
+}
+
+// The DWORD value at an index, by enumeration, with its name (of 31 units at most).
+inline LONG enumerateNumber(HKEY key, DWORD index, std::wstring& name, DWORD& number)
+{
+    wchar_t text[32];
+    DWORD units = 32, type = 0, size = sizeof(number);
+    const LONG status = RegEnumValueW(key, index, text, &units, nullptr, &type, reinterpret_cast<BYTE*>(&number), &size);
+    name.assign(text, status == ERROR_SUCCESS ? units : 0);
+    return status == ERROR_SUCCESS && type != REG_DWORD ? ERROR_INVALID_DATA : status;
 }
 
 inline LONG setString(HKEY key, const wchar_t* name, const std::wstring& text, DWORD type = REG_SZ)

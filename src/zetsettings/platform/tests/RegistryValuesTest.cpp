@@ -67,13 +67,9 @@ TEST_F(RegistryValues, NamesIgnoreCaseKeepTheCaseOfTheFirstWriteAndTheDefaultIsE
     ASSERT_EQ(ERROR_SUCCESS, setDword(base.get(), L"\u00e9t\u00e9", 3));
     ASSERT_EQ(ERROR_SUCCESS, setDword(base.get(), nullptr, 11));
     ASSERT_EQ(ERROR_SUCCESS, setDword(base.get(), L"", 12));
-    DWORD value = 0;
-    ASSERT_EQ(ERROR_SUCCESS, getDword(base.get(), L"foo", value));
-    EXPECT_EQ(2u, value);
-    EXPECT_EQ(ERROR_SUCCESS, getDword(base.get(), L"\u00c9T\u00c9", value));
-    EXPECT_EQ(3u, value);
-    EXPECT_EQ(ERROR_SUCCESS, getDword(base.get(), nullptr, value));
-    EXPECT_EQ(12u, value);
+    EXPECT_EQ(2u, numberAt(base.get(), L"foo"));
+    EXPECT_EQ(3u, numberAt(base.get(), L"\u00c9T\u00c9"));
+    EXPECT_EQ(12u, numberAt(base.get(), nullptr));
     EXPECT_EQ((std::vector<std::wstring>{L"", L"Foo", L"\u00e9t\u00e9"}), sorted(valueNames(base.get())));
 }
 
@@ -82,8 +78,7 @@ TEST_F(RegistryValues, SizesAreAskedWithoutABufferAndShortBuffersAreRefused)
     const std::vector<BYTE> bytes(100, 0x5A);
     ASSERT_EQ(ERROR_SUCCESS, RegSetValueExW(base.get(), L"Hundred", 0, REG_BINARY, bytes.data(), 100));
 
-    DWORD type = 0;
-    DWORD size = 0;
+    DWORD type = 0, size = 0;
     EXPECT_EQ(ERROR_SUCCESS, RegQueryValueExW(base.get(), L"Hundred", nullptr, &type, nullptr, &size));
     EXPECT_EQ(100u, size);
     std::vector<BYTE> data(99);

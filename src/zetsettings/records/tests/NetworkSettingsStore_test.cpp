@@ -163,8 +163,7 @@ ZET_CHILD_SCENARIO(NetworkSettingsWithoutWriteRights)
 
 TEST_F(NetworkSettingsTest, AStoreThatCantBeWrittenYieldsNothingAndChangesNothing)
 {
-    if (!zettest::canDropPrivileges())
-        GTEST_SKIP() << "this registry grants every process every right";
+    ZET_SKIP_UNLESS_RIGHTS_CAN_DROP();
     ZETSettings::setNetworkSettings(L"Home", makeProfile(L"parent", kSecret));
     ASSERT_EQ(0, zettest::runChild("NetworkSettingsWithoutWriteRights"));
     EXPECT_EQ(formOf(makeProfile(L"parent", kSecret)), formOf(ZETSettings::getNetworkSettings(L"Home")));

@@ -18,6 +18,7 @@
 namespace recordtest {
 
 using zetserialtest::plainForm;
+using zetserialtest::userRecord;
 
 const std::wstring kBase = L"Software\\Orvane\\QXL";
 const std::wstring kDatabase = kBase + L"\\FallbackDatabase";
@@ -51,14 +52,6 @@ inline ZETFallbackKeySettings keyEntry(const std::wstring& text, const std::stri
 inline void setKeys(const KeyMap& keys)
 {
     ZETSettings::setFallbackKeySettings(boost::make_shared<KeyMap>(keys));
-}
-
-inline boost::shared_ptr<ZETUserSettings> userRecord(const std::wstring& text, const std::string& bytes = "")
-{
-    const auto record = boost::make_shared<ZETUserSettings>();
-    record->userText = text;
-    record->userBytes = bytes;
-    return record;
 }
 
 inline boost::shared_ptr<ZETFallbackSettings> record(const std::wstring& owner, const std::wstring& network,

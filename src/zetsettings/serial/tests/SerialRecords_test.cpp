@@ -92,10 +92,7 @@ TEST(SerialRecordRoundTrip, EveryRecordReadsBackEveryMemberAndFailsOnEveryCut)
     expectRoundTripAndEveryCutFails(keys);
 
     ZETUserSettingsMap users;
-    ZETUserSettings alice;
-    alice.userText = L"text";
-    alice.userBytes = "bytes";
-    users.users[ser_wstring(L"alice")] = alice;
+    users.users[ser_wstring(L"alice")] = *userRecord(L"text", "bytes");
     users.users[ser_wstring(L"Alice")] = ZETUserSettings();
     expectRoundTripAndEveryCutFails(users);
 

@@ -19,6 +19,7 @@
 #include "zetsettings/serial/ZETLoginData.h"
 #include "zetsettings/serial/ZETNetworkSettings.h"
 #include "zetsettings/serial/ZETPreferredNetEntry.h"
+#include "zetsettings/serial/ZETUserSettings.h"
 
 namespace zetserialtest {
 
@@ -130,6 +131,14 @@ inline boost::shared_ptr<ZETLoginData> loginRecord(const std::wstring& user, con
     record->loginEnabled = enabled;
     record->keepPassword = keep;
     record->dependentFlag = dependent;
+    return record;
+}
+
+inline boost::shared_ptr<ZETUserSettings> userRecord(const std::wstring& text, const std::string& bytes = "")
+{
+    const auto record = boost::make_shared<ZETUserSettings>();
+    record->userText = text;
+    record->userBytes = bytes;
     return record;
 }
 

@@ -112,8 +112,7 @@ ZET_CHILD_SCENARIO(BaseFamilyWithoutWriteRights)
 
 TEST_F(BaseFamilyTest, AProcessWithoutWriteRightsGetsDefaultsAndWritesNothing)
 {
-    if (!zettest::canDropPrivileges())
-        GTEST_SKIP() << "this registry grants every process every right";
+    ZET_SKIP_UNLESS_RIGHTS_CAN_DROP();
     ZETSettings::intSetBaseValue(L"Stored", 1);
     ASSERT_EQ(0, zettest::runChild("BaseFamilyWithoutWriteRights"));
     EXPECT_EQ(1, ZETSettings::intGetBaseValue(L"Stored", -1, false));

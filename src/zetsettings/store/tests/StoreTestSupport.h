@@ -10,4 +10,8 @@
 #include "zetsettings/ZETSettings.h"
 #include "zetsettings/store/tests/RawRegistry.h"
 
+// Skips the test where no child of it can be made a user that reads the store but can't write it.
+#define ZET_SKIP_UNLESS_RIGHTS_CAN_DROP() \
+    if (!zettest::canDropPrivileges()) GTEST_SKIP() << "this registry grants every process every right"
+
 #endif

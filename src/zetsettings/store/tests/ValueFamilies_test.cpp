@@ -27,15 +27,14 @@ TEST_F(ValueFamiliesTest, EachFamilyKeepsItsValuesInItsOwnSubkeyWithTheirTypes)
     ZETSettings::strSetRasEapValue(L"T", L"raseap");
     ZETSettings::strSetZetGuardValue(L"T", L"");
 
-    EXPECT_EQ(L"dword:1", stored(kConfigurator, L"N"));
-    EXPECT_EQ(L"dword:4294967294", stored(kNetlib, L"N"));
-    EXPECT_EQ(L"dword:3", stored(kRasEap, L"N"));
-    EXPECT_EQ(L"dword:4", stored(kZetGuard, L"N"));
-    EXPECT_EQ(L"sz:configurator", stored(kConfigurator, L"T"));
-    EXPECT_EQ(L"sz:", stored(kNetlib, L"T"));
-    EXPECT_EQ(L"sz:", stored(kGuiHelper, L"T"));
-    EXPECT_EQ(L"sz:raseap", stored(kRasEap, L"T"));
-    EXPECT_EQ(L"sz:", stored(kZetGuard, L"T"));
+    // Each family's subkey with what its N and T hold.
+    const std::wstring families[][3] = {
+        {kConfigurator, L"dword:1", L"sz:configurator"}, {kNetlib, L"dword:4294967294", L"sz:"},
+        {kGuiHelper, L"absent", L"sz:"}, {kRasEap, L"dword:3", L"sz:raseap"}, {kZetGuard, L"dword:4", L"sz:"}};
+    for (const auto& family : families) {
+        EXPECT_EQ(family[1], stored(family[0], L"N"));
+        EXPECT_EQ(family[2], stored(family[0], L"T"));
+    }
     EXPECT_EQ(L"absent", stored(kBase, L"N"));
 
     EXPECT_EQ(1, ZETSettings::intGetConfiguratorValue(L"N"));
@@ -122,8 +121,7 @@ ZET_CHILD_SCENARIO(ValueFamiliesWithoutWriteRights)
 
 TEST_F(ValueFamiliesTest, AProcessWithoutWriteRightsGetsDefaultsAndOnlyTheEapPairComplains)
 {
-    if (!zettest::canDropPrivileges())
-        GTEST_SKIP() << "this registry grants every process every right";
+    ZET_SKIP_UNLESS_RIGHTS_CAN_DROP();
     ZETSettings::intSetNetlibValue(L"Stored", 1);
     ZETSettings::intSetConfiguratorValue(L"Stored", 1);
     ASSERT_EQ(ERROR_SUCCESS, rawreg::writeText(kRasmanEap, L"Setting", L"stored"));
