@@ -75,6 +75,6 @@ TEST(RegFileWriter, WritesTheFileAsWindowsAndQuotesKeyNamesWithLineBreaks)
 // finding stays fixed in the ordinary test run.
 TEST(RegFileFuzzCorpus, InputsPassEveryCheck)
 {
-    zettest::replayFuzzFolder(std::filesystem::path(__FILE__).parent_path().parent_path() / "regfile" / "fuzz", 5,
+    zettest::replayFuzzFolder(std::filesystem::path(ZET_SOURCE_DIR) / "tools/zetsettings/regfile/fuzz", 5,
                               zetfuzz::runRegFile);
 }

@@ -9,6 +9,6 @@ class CaptionFuzzCorpusTest : public zettest::RegistryTest {};
 TEST_F(CaptionFuzzCorpusTest, InputsPassEveryCheck)
 {
     zetfuzz::prepareCaptionStore();
-    zettest::replayFuzzFolder(std::filesystem::path(__FILE__).parent_path().parent_path() / "fuzz", 10,
+    zettest::replayFuzzFolder(std::filesystem::path(ZET_SOURCE_DIR) / "src/zetsettings/params/fuzz", 10,
                               zetfuzz::runCaptionLoad);
 }

@@ -6,6 +6,6 @@
 TEST(SerialFuzzCorpus, SeedsAndKeptFindingsPassEveryCheck)
 {
     // Beside this file's own folder, in the source tree.
-    zettest::replayFuzzFolder(std::filesystem::path(__FILE__).parent_path().parent_path() / "fuzz", 10,
+    zettest::replayFuzzFolder(std::filesystem::path(ZET_SOURCE_DIR) / "src/zetsettings/serial/fuzz", 10,
                               zetfuzz::runOne);
 }

@@ -6,7 +6,7 @@
 #include "zetsettings/store/fuzz/NdisFuzzBody.h"
 
 // Beside this file's own folder, in the source tree.
-const std::filesystem::path kFuzzFolder = std::filesystem::path(__FILE__).parent_path().parent_path() / "fuzz";
+const std::filesystem::path kFuzzFolder = std::filesystem::path(ZET_SOURCE_DIR) / "src/zetsettings/store/fuzz";
 
 TEST(StoreFuzzCorpus, CaseBitmapInputsPassEveryCheck)
 {
