@@ -5,6 +5,7 @@
 #include <memory>
 #include <mutex>
 #include <new>
+#include <utility>
 
 #include "zetsettings/platform/posix/Win32Portable.h"
 #include "zetsettings/platform/posix/registry/ChildEnumerator.h"
@@ -54,22 +55,38 @@ private:
     DWORD m_given;
 };
 
-// Where an enumeration of the key continues; a predefined root keeps no position.
+// Where an enumeration of the key continues; a predefined root keeps no position. The call takes
+// the position out of the open key and puts it back when done, holding the key's lock only for
+// the exchange: a call that waits for the store's map under that lock would deadlock against a
+// batch, which holds the map while it enumerates. Another thread's call on the same handle in
+// the meantime starts from no position, which costs it a seek, not a wrong answer.
 class EnumerationPosition {
 public:
-    EnumerationPosition(const KeyReference& key, EnumerationCursor OpenKey::*which)
+    EnumerationPosition(const KeyReference& key, EnumerationCursor OpenKey::*which) : m_open(key.open), m_which(which)
     {
-        if (key.open) {
-            m_lock = std::unique_lock<std::mutex>(key.open->enumerationMutex);
-            m_position = &(key.open.get()->*which);
-        }
+        if (m_open)
+            exchange();
     }
-    EnumerationCursor& get() { return *m_position; }
+    ~EnumerationPosition()
+    {
+        if (m_open)
+            exchange();
+    }
+    EnumerationPosition(const EnumerationPosition&) = delete;
+    EnumerationPosition& operator=(const EnumerationPosition&) = delete;
+
+    EnumerationCursor& get() { return m_position; }
 
 private:
-    std::unique_lock<std::mutex> m_lock;
-    EnumerationCursor m_scratch;
-    EnumerationCursor* m_position = &m_scratch;
+    void exchange()
+    {
+        const std::lock_guard<std::mutex> lock(m_open->enumerationMutex);
+        std::swap(m_position, m_open.get()->*m_which);
+    }
+
+    std::shared_ptr<OpenKey> m_open;
+    EnumerationCursor OpenKey::*m_which;
+    EnumerationCursor m_position;
 };
 
 HKEY handOut(const KeyReference& base, uint64_t id, REGSAM access)
